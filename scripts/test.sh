@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# The whole test suite: set up, build, run every test; then the same suite once more
+# under AddressSanitizer + UndefinedBehaviorSanitizer.
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+jobs="$(nproc)"
+"$root/scripts/setup.sh"
+
+echo "== build (Release)"
+"$root/scripts/build.sh" "$root/build"
+echo "== tests (Release)"
+ctest --test-dir "$root/build" --output-on-failure -j "$jobs"
+
+echo "== build (AddressSanitizer + UndefinedBehaviorSanitizer)"
+BUILD_TYPE=RelWithDebInfo "$root/scripts/build.sh" "$root/build-asan" \
+    -DTALONVIREO_SANITIZE=ON -DTALONVIREO_BUILD_BENCH=OFF
+echo "== tests (AddressSanitizer + UndefinedBehaviorSanitizer)"
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+    ctest --test-dir "$root/build-asan" --output-on-failure -j "$jobs"

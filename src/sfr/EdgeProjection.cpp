@@ -1,0 +1,74 @@
+#include "sfr/EdgeProjection.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "sfr/SfrConstants.h"
+
+namespace talonvireo {
+namespace sfr {
+
+long long projectionOffset(int rows, double slope) {
+    return static_cast<long long>(std::round((0.0 - rows * slope) * kOversampling));
+}
+
+std::vector<double> oversampledEdgeProfile(const cv::Mat& working, double slope) {
+    const int rows = working.rows;
+    const int cols = working.cols;
+    const long long n = static_cast<long long>(kOversampling) * cols;
+
+    long long offset = projectionOffset(rows, slope);
+    const long long spare = std::llabs(offset);
+    if (offset > 0) {
+        offset = 0;
+    }
+    // Bins 1 .. 4 cols + spare hold every projection; the extra 100 are headroom.
+    const size_t binCount = static_cast<size_t>(n + spare + 101);
+    std::vector<double> counts(binCount, 0.0);
+    std::vector<double> sums(binCount, 0.0);
+
+    const double theta = std::atan(slope);
+    const double cosT = std::cos(theta);
+    const double sinT = std::sin(theta);
+    for (int m = 0; m < rows; ++m) {
+        const double* row = working.ptr<double>(m);
+        for (int x = 0; x < cols; ++x) {
+            const long long bin =
+                static_cast<long long>(std::ceil((x * cosT - m * sinT) * kOversampling)) + 1 -
+                offset;
+            if (bin < 0 || bin >= static_cast<long long>(binCount)) {
+                throw std::out_of_range("edge projection outside its bins");
+            }
+            counts[bin] += 1.0;
+            sums[bin] += row[x];
+        }
+    }
+
+    // Fill empty bins in increasing order, so a filled bin serves its right neighbour.
+    const long long start = static_cast<long long>(std::round(spare * 0.5)) + 1;
+    for (long long i = start; i < start + n; ++i) {
+        if (counts[i] != 0.0) {
+            continue;
+        }
+        if (i == 1) {
+            counts[1] = counts[2];
+            sums[1] = sums[2];
+        } else {
+            counts[i] = (counts[i - 1] + counts[i + 1]) * 0.5;
+            sums[i] = (sums[i - 1] + sums[i + 1]) * 0.5;
+        }
+    }
+
+    std::vector<double> esf(static_cast<size_t>(n), 0.0);
+    for (long long j = 0; j < n; ++j) {
+        const double count = counts[start + j];
+        if (count != 0.0) {
+            esf[j] = sums[start + j] / count;
+        }
+    }
+    return esf;
+}
+
+}  // namespace sfr
+}  // namespace talonvireo

@@ -1,0 +1,48 @@
+// Per-region working state of the slanted-edge core.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+namespace talonvireo {
+namespace sfr {
+
+// One row of the frequency or SFR table: one column per channel.
+using SfrRecord = std::array<double, 4>;
+
+// Derivative kernels, signed so that the derivative across the edge is positive.
+struct DerivativeKernels {
+    double twoTap[2];
+    double threeTap[3];
+};
+
+// Edge line in the upright working image: column = intercept + slope * row.
+struct EdgeLine {
+    double slope = 0.0;
+    double intercept = 0.0;
+};
+
+struct SfrContext {
+    int sixteenBit = 0;   // 1 when the region's samples are 16-bit
+    cv::Mat region;       // private deep copy of the region, all channels
+    cv::Mat working;      // current channel as CV_64F; turned upright and cropped in place
+    int rotated = 0;      // 1 when the working image was given a quarter turn
+    DerivativeKernels kernels{};
+    std::vector<double> rowCentroids;  // edge position per working-image row
+    EdgeLine line;
+    double delfac = 1.0;  // cos(atan(slope))
+    std::vector<SfrRecord> freqTable;  // cycles per pixel, divided by delfac
+    std::vector<SfrRecord> sfrTable;
+    double nyquist = 0.0;    // 1 / (2 delfac)
+    double edgeAngle = 0.0;  // degrees
+    int status = 0;
+};
+
+// Builds a context holding a deep copy of `region`. Throws std::invalid_argument for samples
+// deeper than 16 bits or more than three channels.
+SfrContext makeSfrContext(const cv::Mat& region);
+
+}  // namespace sfr
+}  // namespace talonvireo
