@@ -70,5 +70,5 @@ TALONVIREO_API int TalonCalSFR(unsigned char* image, int width, int height, int 
 /// one is cleared (or left as it was when the region lies outside the image), later ones are
 /// not touched. A region is refused when x + width or y + height, taken as unsigned 32-bit
 /// sums, exceeds the image, or when it has a negative origin or size. Never throws.
-TALONVIREO_API int TalonCalSFRS(unsigned char* image, int width, int height, int format,
-                                int count, tagEdgeRoi* rois, tagSFRResult* results);
+TALONVIREO_API int TalonCalSFRS(unsigned char* image, int width, int height, int format, int count,
+                                tagEdgeRoi* rois, tagSFRResult* results);

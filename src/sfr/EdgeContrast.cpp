@@ -32,8 +32,7 @@ DerivativeKernels kernelsFor(const EdgeStrips& strips) {
 
 bool hasEnoughContrast(const EdgeStrips& strips) {
     // Written as "not below" so that an all-black region (0 / 0) goes on to the slope checks.
-    return !(std::fabs((strips.left - strips.right) / (strips.left + strips.right)) <
-             kMinContrast);
+    return !(std::fabs((strips.left - strips.right) / (strips.left + strips.right)) < kMinContrast);
 }
 
 }  // namespace sfr

@@ -9,7 +9,9 @@ namespace talonvireo {
 namespace sfr {
 
 namespace {
-double stripMean(const cv::Mat& strip) { return cv::sum(strip)[0] / static_cast<double>(strip.total()); }
+double stripMean(const cv::Mat& strip) {
+    return cv::sum(strip)[0] / static_cast<double>(strip.total());
+}
 }  // namespace
 
 bool turnEdgeUpright(cv::Mat& working) {
@@ -17,10 +19,12 @@ bool turnEdgeUpright(cv::Mat& working) {
     if (working.rows < strip || working.cols < strip) {
         throw std::invalid_argument("region too small to orient");
     }
-    const double rowDiff = std::fabs(stripMean(working.rowRange(0, strip)) -
-                                     stripMean(working.rowRange(working.rows - strip, working.rows)));
-    const double colDiff = std::fabs(stripMean(working.colRange(0, strip)) -
-                                     stripMean(working.colRange(working.cols - strip, working.cols)));
+    const double rowDiff =
+        std::fabs(stripMean(working.rowRange(0, strip)) -
+                  stripMean(working.rowRange(working.rows - strip, working.rows)));
+    const double colDiff =
+        std::fabs(stripMean(working.colRange(0, strip)) -
+                  stripMean(working.colRange(working.cols - strip, working.cols)));
     if (rowDiff > colDiff) {
         cv::Mat turned;
         cv::transpose(working, turned);

@@ -13,20 +13,21 @@ long long projectionOffset(int rows, double slope) {
     return static_cast<long long>(std::round((0.0 - rows * slope) * kOversampling));
 }
 
-std::vector<double> oversampledEdgeProfile(const cv::Mat& working, double slope) {
+ProjectionBins projectOntoEdgeNormal(const cv::Mat& working, double slope) {
     const int rows = working.rows;
     const int cols = working.cols;
-    const long long n = static_cast<long long>(kOversampling) * cols;
-
     long long offset = projectionOffset(rows, slope);
     const long long spare = std::llabs(offset);
     if (offset > 0) {
         offset = 0;
     }
     // Bins 1 .. 4 cols + spare hold every projection; the extra 100 are headroom.
-    const size_t binCount = static_cast<size_t>(n + spare + 101);
-    std::vector<double> counts(binCount, 0.0);
-    std::vector<double> sums(binCount, 0.0);
+    const size_t binCount =
+        static_cast<size_t>(kOversampling * static_cast<long long>(cols) + spare + 101);
+    ProjectionBins bins;
+    bins.counts.assign(binCount, 0.0);
+    bins.sums.assign(binCount, 0.0);
+    bins.start = static_cast<long long>(std::round(spare * 0.5)) + 1;
 
     const double theta = std::atan(slope);
     const double cosT = std::cos(theta);
@@ -40,14 +41,20 @@ std::vector<double> oversampledEdgeProfile(const cv::Mat& working, double slope)
             if (bin < 0 || bin >= static_cast<long long>(binCount)) {
                 throw std::out_of_range("edge projection outside its bins");
             }
-            counts[bin] += 1.0;
-            sums[bin] += row[x];
+            bins.counts[bin] += 1.0;
+            bins.sums[bin] += row[x];
         }
     }
+    return bins;
+}
 
-    // Fill empty bins in increasing order, so a filled bin serves its right neighbour.
-    const long long start = static_cast<long long>(std::round(spare * 0.5)) + 1;
-    for (long long i = start; i < start + n; ++i) {
+void fillEmptyBins(ProjectionBins& bins, long long n) {
+    std::vector<double>& counts = bins.counts;
+    std::vector<double>& sums = bins.sums;
+    if (bins.start < 1 || bins.start + n + 1 > static_cast<long long>(counts.size())) {
+        throw std::out_of_range("profile outside its bins");
+    }
+    for (long long i = bins.start; i < bins.start + n; ++i) {
         if (counts[i] != 0.0) {
             continue;
         }
@@ -59,15 +66,24 @@ std::vector<double> oversampledEdgeProfile(const cv::Mat& working, double slope)
             sums[i] = (sums[i - 1] + sums[i + 1]) * 0.5;
         }
     }
+}
 
-    std::vector<double> esf(static_cast<size_t>(n), 0.0);
+std::vector<double> binMeans(const ProjectionBins& bins, long long n) {
+    std::vector<double> means(static_cast<size_t>(n), 0.0);
     for (long long j = 0; j < n; ++j) {
-        const double count = counts[start + j];
+        const double count = bins.counts[bins.start + j];
         if (count != 0.0) {
-            esf[j] = sums[start + j] / count;
+            means[j] = bins.sums[bins.start + j] / count;
         }
     }
-    return esf;
+    return means;
+}
+
+std::vector<double> oversampledEdgeProfile(const cv::Mat& working, double slope) {
+    const long long n = static_cast<long long>(kOversampling) * working.cols;
+    ProjectionBins bins = projectOntoEdgeNormal(working, slope);
+    fillEmptyBins(bins, n);
+    return binMeans(bins, n);
 }
 
 }  // namespace sfr

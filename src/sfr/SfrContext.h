@@ -25,14 +25,14 @@ struct EdgeLine {
 };
 
 struct SfrContext {
-    int sixteenBit = 0;   // 1 when the region's samples are 16-bit
-    cv::Mat region;       // private deep copy of the region, all channels
-    cv::Mat working;      // current channel as CV_64F; turned upright and cropped in place
-    int rotated = 0;      // 1 when the working image was given a quarter turn
+    int sixteenBit = 0;  // 1 when the region's samples are 16-bit
+    cv::Mat region;      // private deep copy of the region, all channels
+    cv::Mat working;     // current channel as CV_64F; turned upright and cropped in place
+    int rotated = 0;     // 1 when the working image was given a quarter turn
     DerivativeKernels kernels{};
     std::vector<double> rowCentroids;  // edge position per working-image row
     EdgeLine line;
-    double delfac = 1.0;  // cos(atan(slope))
+    double delfac = 1.0;               // cos(atan(slope))
     std::vector<SfrRecord> freqTable;  // cycles per pixel, divided by delfac
     std::vector<SfrRecord> sfrTable;
     double nyquist = 0.0;    // 1 / (2 delfac)

@@ -6,8 +6,7 @@
 namespace talonvireo {
 namespace cli {
 
-CommandLine::CommandLine(const std::vector<std::string>& args,
-                         const std::set<std::string>& valued,
+CommandLine::CommandLine(const std::vector<std::string>& args, const std::set<std::string>& valued,
                          const std::set<std::string>& flags) {
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];

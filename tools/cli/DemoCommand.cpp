@@ -44,10 +44,9 @@ const char* demoHelp() {
 }
 
 int runDemo(const std::vector<std::string>& args) {
-    const CommandLine cl(args,
-                         {"--sigma", "--angle", "--size", "--format", "--noise", "--seed",
-                          "--divisor"},
-                         {"--horizontal", "--bright-first"});
+    const CommandLine cl(
+        args, {"--sigma", "--angle", "--size", "--format", "--noise", "--seed", "--divisor"},
+        {"--horizontal", "--bright-first"});
     render::SlantedEdgeScene scene;
     scene.sigma = cl.number("--sigma", 0.8);
     scene.angleDeg = cl.number("--angle", 5.0);
@@ -70,8 +69,8 @@ int runDemo(const std::vector<std::string>& args) {
     const int status = TalonCalSFR(buffer.data(), scene.width, scene.height, format, result);
 
     std::printf("talonVireoSFR demo: a rendered slanted edge measured by TalonCalSFR\n");
-    std::printf("  region %d x %d, format 0x%03x, edge %.2f deg from %s, %s first,\n",
-                scene.width, scene.height, format, scene.angleDeg,
+    std::printf("  region %d x %d, format 0x%03x, edge %.2f deg from %s, %s first,\n", scene.width,
+                scene.height, format, scene.angleDeg,
                 scene.family == render::EdgeFamily::NearVertical ? "vertical" : "horizontal",
                 scene.darkFirst ? "dark" : "bright");
     std::printf("  levels %.0f -> %.0f (8-bit scale), Gaussian blur sigma %.2f px, noise %.2f\n\n",
@@ -93,9 +92,10 @@ int runDemo(const std::vector<std::string>& args) {
     }
     printRow("MTF50", result.mtf50[0], render::trueMtf50(s, a));
     printRow("edge angle (degrees)", std::fabs(result.edgeAngle), a);
-    std::printf("\n  The method divides its frequency axis by cos(angle) (reported Nyquist %.4f),\n"
-                "  so at large angles it reads the true SFR at f cos(angle).\n",
-                result.nyquist);
+    std::printf(
+        "\n  The method divides its frequency axis by cos(angle) (reported Nyquist %.4f),\n"
+        "  so at large angles it reads the true SFR at f cos(angle).\n",
+        result.nyquist);
     return 0;
 }
 

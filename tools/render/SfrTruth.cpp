@@ -8,7 +8,9 @@ namespace render {
 namespace {
 constexpr double kPi = 3.141592653589793;
 
-double sinc(double x) { return x == 0.0 ? 1.0 : std::sin(kPi * x) / (kPi * x); }
+double sinc(double x) {
+    return x == 0.0 ? 1.0 : std::sin(kPi * x) / (kPi * x);
+}
 }  // namespace
 
 double trueSfr(double f, double sigma, double angleDeg) {

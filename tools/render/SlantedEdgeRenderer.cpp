@@ -13,10 +13,16 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 constexpr int kNodes = 16;
 
-double normalCdf(double t) { return 0.5 * std::erfc(-t / std::sqrt(2.0)); }
-double normalPdf(double t) { return std::exp(-0.5 * t * t) / std::sqrt(2.0 * kPi); }
+double normalCdf(double t) {
+    return 0.5 * std::erfc(-t / std::sqrt(2.0));
+}
+double normalPdf(double t) {
+    return std::exp(-0.5 * t * t) / std::sqrt(2.0 * kPi);
+}
 // Antiderivative of the normal CDF.
-double cdfIntegral(double t) { return t * normalCdf(t) + normalPdf(t); }
+double cdfIntegral(double t) {
+    return t * normalCdf(t) + normalPdf(t);
+}
 
 // Mean over u in [u0 - 0.5, u0 + 0.5] of Phi(alpha u + beta), in closed form.
 double exactMean(double u0, double alpha, double beta) {
@@ -28,7 +34,9 @@ double exactMean(double u0, double alpha, double beta) {
 }
 }  // namespace
 
-QuadratureRule pixelQuadrature() { return gaussLegendre(kNodes); }
+QuadratureRule pixelQuadrature() {
+    return gaussLegendre(kNodes);
+}
 
 double brightFraction(double c, double r, const EdgeLineGeometry& edge,
                       const QuadratureRule& rule) {

@@ -57,8 +57,7 @@ struct EdgeLineGeometry {
 QuadratureRule pixelQuadrature();
 
 // Fraction of pixel (c, r) on the bright side of the blurred edge, averaged over the pixel.
-double brightFraction(double c, double r, const EdgeLineGeometry& edge,
-                      const QuadratureRule& rule);
+double brightFraction(double c, double r, const EdgeLineGeometry& edge, const QuadratureRule& rule);
 
 }  // namespace render
 }  // namespace talonvireo
