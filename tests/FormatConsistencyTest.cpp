@@ -16,19 +16,6 @@ using namespace talonvireo::testing;
 namespace pf = talonvireo::PixelFormat;
 namespace render = talonvireo::render;
 
-int bayerToGreyCode(int phase) {
-    switch (phase) {
-        case pf::PhaseRG:
-            return cv::COLOR_BayerRG2GRAY;
-        case pf::PhaseGR:
-            return cv::COLOR_BayerGR2GRAY;
-        case pf::PhaseGB:
-            return cv::COLOR_BayerGB2GRAY;
-        default:
-            return cv::COLOR_BayerBG2GRAY;
-    }
-}
-
 // Transfer function of one of OpenCV's Bayer-to-grey conversions on a neutral scene,
 // measured from its impulse responses: every output site of the 2 x 2 mosaic cell has its
 // own kernel; an edge crossing many cells sees their average.
@@ -119,7 +106,7 @@ TEST_P(FormatConsistency, BayerPathEqualsOpenCvsGreyConversionMeasuredAsGrey) {
             const Measurement m = measure(mosaic, layout | phase, 8.0);
             ASSERT_EQ(m.status, 0) << std::hex << (layout | phase);
             cv::Mat converted;
-            cv::cvtColor(mosaic, converted, bayerToGreyCode(phase));
+            cv::cvtColor(mosaic, converted, expectedBayerToGreyCode(phase));
             const Measurement direct = measure(converted, wide ? pf::Grey16 : pf::Grey8, 8.0);
             ASSERT_EQ(direct.status, 0);
             EXPECT_EQ(std::memcmp(&m.result, &direct.result, sizeof m.result), 0)
@@ -139,7 +126,7 @@ TEST_P(FormatConsistency, EveryBayerPhaseMatchesGreyTimesTheDemosaicTransfer) {
     ASSERT_EQ(grey.status, 0);
     const double cosA = std::cos(angle * M_PI / 180.0);
     for (int phase : {pf::PhaseRG, pf::PhaseGR, pf::PhaseGB, pf::PhaseBG}) {
-        const DemosaicTransfer transfer(bayerToGreyCode(phase));
+        const DemosaicTransfer transfer(expectedBayerToGreyCode(phase));
         for (int layout : {pf::Bayer8, pf::Bayer16}) {
             const bool wide = layout != pf::Bayer8;
             const Measurement m = measure(wide ? widen16(g8) : g8, layout | phase, 8.0);

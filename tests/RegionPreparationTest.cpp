@@ -7,6 +7,7 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include "TestRegions.h"
 #include "sfr/RegionPreparation.h"
 #include "talonvireo/PixelFormat.h"
 
@@ -96,22 +97,15 @@ TEST(RegionPreparation, EveryLayoutGivesItsMatrixType) {
 }
 
 TEST(RegionPreparation, EachBayerPhaseUsesItsOwnConversion) {
-    const struct {
-        int phase;
-        int code;
-    } phases[] = {{1, cv::COLOR_BayerRG2GRAY},
-                  {2, cv::COLOR_BayerGR2GRAY},
-                  {4, cv::COLOR_BayerGB2GRAY},
-                  {8, cv::COLOR_BayerBG2GRAY}};
     std::vector<unsigned char> buf = ramp(20 * 14);
     const cv::Mat wrapped(14, 20, CV_8UC1, buf.data());
-    for (const auto& p : phases) {
+    for (int phase : {pf::PhaseRG, pf::PhaseGR, pf::PhaseGB, pf::PhaseBG}) {
         cv::Mat out;
-        prepareRegion(buf.data(), 20, 14, pf::Bayer8 | p.phase, out);
+        prepareRegion(buf.data(), 20, 14, pf::Bayer8 | phase, out);
         cv::Mat expected;
-        cv::cvtColor(wrapped, expected, p.code);
+        cv::cvtColor(wrapped, expected, talonvireo::testing::expectedBayerToGreyCode(phase));
         ASSERT_FALSE(out.empty());
-        EXPECT_EQ(cv::norm(out, expected, cv::NORM_INF), 0.0) << "phase " << p.phase;
+        EXPECT_EQ(cv::norm(out, expected, cv::NORM_INF), 0.0) << "phase " << phase;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <sstream>
 #include <vector>
 
 #include "PlainSlantedEdge.h"
@@ -187,7 +188,9 @@ TEST(LineSpreadSpectrum, EqualsTheDirectSumWithOneSineAndCosinePerTerm) {
             }
         }
     }
-    RecordProperty("worst_relative_difference", std::to_string(worst));
+    std::ostringstream text;
+    text << std::scientific << worst;
+    RecordProperty("worst_relative_difference", text.str());
 }
 
 TEST(LineSpreadSpectrum, MagnitudesOfKnownSignals) {

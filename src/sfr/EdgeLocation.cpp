@@ -39,7 +39,7 @@ int locateEdge(SfrContext& ctx, const cv::Mat& channel) {
     }
 
     const cv::Mat derivative = rowDerivativeImage(ctx.working, ctx.kernels.twoTap);
-    std::vector<double> loc = centroidsUnderCentredWindow(derivative);
+    const std::vector<double> loc = centroidsUnderCentredWindow(derivative);
     const EdgeLine first = fitLine(loc.data(), static_cast<int>(loc.size()));
     ctx.rowCentroids = centroidsAlongLine(derivative, first);
     ctx.line = fitLine(ctx.rowCentroids.data(), static_cast<int>(ctx.rowCentroids.size()));

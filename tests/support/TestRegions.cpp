@@ -1,5 +1,9 @@
 #include "TestRegions.h"
 
+#include <stdexcept>
+
+#include <opencv2/imgproc.hpp>
+
 #include "render/RegionEncoding.h"
 
 namespace talonvireo {
@@ -25,6 +29,21 @@ Measurement measure(const cv::Mat& grey, int format, double divisor) {
 
 Measurement measureScene(const render::SlantedEdgeScene& scene, double divisor) {
     return measure(renderGrey8(scene), PixelFormat::Grey8, divisor);
+}
+
+int expectedBayerToGreyCode(int phase) {
+    switch (phase) {
+        case PixelFormat::PhaseRG:
+            return cv::COLOR_BayerRG2GRAY;
+        case PixelFormat::PhaseGR:
+            return cv::COLOR_BayerGR2GRAY;
+        case PixelFormat::PhaseGB:
+            return cv::COLOR_BayerGB2GRAY;
+        case PixelFormat::PhaseBG:
+            return cv::COLOR_BayerBG2GRAY;
+        default:
+            throw std::invalid_argument("not a Bayer phase");
+    }
 }
 
 render::SlantedEdgeScene edgeScene(double sigma, double angleDeg) {

@@ -29,6 +29,9 @@ Measurement measure(const cv::Mat& grey, int format, double divisor = 0.0);
 // Renders, quantises to 8 bits and measures as 8-bit grey.
 Measurement measureScene(const render::SlantedEdgeScene& scene, double divisor = 0.0);
 
+// OpenCV's Bayer-to-grey conversion code for a talonvireo::PixelFormat phase (RG, GR, GB, BG).
+int expectedBayerToGreyCode(int phase);
+
 // A near-vertical scene with the given blur and angle, 100 x 100, levels 40 -> 200.
 render::SlantedEdgeScene edgeScene(double sigma, double angleDeg);
 
