@@ -60,5 +60,3 @@ BENCHMARK(BM_TalonCalSFR_Grey8)->Arg(90)->Arg(100)->Arg(200)->Unit(benchmark::kM
 BENCHMARK(BM_TalonCalSFR_Bgr8)->Arg(100)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_TalonCalSFR_Grey16)->Arg(100)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_TalonCalSFR_BayerRG8)->Arg(100)->Unit(benchmark::kMicrosecond);
-
-BENCHMARK_MAIN();
