@@ -13,7 +13,7 @@
 #include "sfr/EdgeLocation.h"
 #include "sfr/EdgeProjection.h"
 #include "sfr/LineSpread.h"
-#include "sfr/LineSpreadSpectrum.h"
+#include "sfr/LineSpreadTransform.h"
 #include "sfr/SfrContext.h"
 #include "sfr/SfrCore.h"
 #include "sfr/SfrReadout.h"
@@ -161,7 +161,7 @@ TEST(SfrTables, CentredLineSpreadPeaksAtTheMiddle) {
     EXPECT_NEAR(static_cast<double>(peak), 40.0 - 1.0, 1.0);  // (N + 1) / 2, one-based
 }
 
-TEST(LineSpreadSpectrum, EqualsTheDirectSumWithOneSineAndCosinePerTerm) {
+TEST(LineSpreadTransform, EqualsTheDirectSumWithOneSineAndCosinePerTerm) {
     std::mt19937 rng(5);
     std::normal_distribution<double> gauss(0.0, 1.0);
     double worst = 0.0;
@@ -176,7 +176,7 @@ TEST(LineSpreadSpectrum, EqualsTheDirectSumWithOneSineAndCosinePerTerm) {
             }
             const std::vector<double> direct = plainSpectrum(lsf, n / 2);
             std::vector<double> fast(n / 2);
-            lineSpreadSpectrum(lsf.data(), n, n / 2, fast.data());
+            lineSpreadTransform(lsf.data(), n, n / 2, fast.data());
             double scale = 0.0;
             for (double v : lsf) {
                 scale += std::fabs(v);
@@ -193,11 +193,11 @@ TEST(LineSpreadSpectrum, EqualsTheDirectSumWithOneSineAndCosinePerTerm) {
     RecordProperty("worst_relative_difference", text.str());
 }
 
-TEST(LineSpreadSpectrum, MagnitudesOfKnownSignals) {
+TEST(LineSpreadTransform, MagnitudesOfKnownSignals) {
     std::vector<double> impulse(16, 0.0);
     impulse[3] = 2.0;
     std::vector<double> mag(8);
-    lineSpreadSpectrum(impulse.data(), 16, 8, mag.data());
+    lineSpreadTransform(impulse.data(), 16, 8, mag.data());
     for (double m : mag) {
         EXPECT_NEAR(m, 2.0, 1e-15);
     }
@@ -205,7 +205,7 @@ TEST(LineSpreadSpectrum, MagnitudesOfKnownSignals) {
     for (int j = 0; j < 16; ++j) {
         tone[j] = std::cos(2.0 * M_PI * 3.0 * j / 16.0);
     }
-    lineSpreadSpectrum(tone.data(), 16, 8, mag.data());
+    lineSpreadTransform(tone.data(), 16, 8, mag.data());
     for (int k = 0; k < 8; ++k) {
         EXPECT_NEAR(mag[k], k == 3 ? 8.0 : 0.0, 1e-13) << k;
     }

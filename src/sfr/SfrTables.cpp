@@ -5,7 +5,7 @@
 #include "sfr/DerivativeCorrection.h"
 #include "sfr/EdgeProjection.h"
 #include "sfr/LineSpread.h"
-#include "sfr/LineSpreadSpectrum.h"
+#include "sfr/LineSpreadTransform.h"
 #include "sfr/SfrConstants.h"
 #include "sfr/SfrStatus.h"
 
@@ -26,7 +26,7 @@ int writeChannelTables(SfrContext& ctx, int channel) {
     const std::vector<double> esf = oversampledEdgeProfile(ctx.working, ctx.line.slope);
     const std::vector<double> lsf = centredLineSpread(esf, ctx.kernels.threeTap);
     std::vector<double> magnitude(static_cast<size_t>(half));
-    lineSpreadSpectrum(lsf.data(), n, half, magnitude.data());
+    lineSpreadTransform(lsf.data(), n, half, magnitude.data());
     if (magnitude.empty() || magnitude[0] == 0.0) {
         return kSfrLowContrast;
     }

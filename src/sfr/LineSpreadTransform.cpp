@@ -1,4 +1,4 @@
-#include "sfr/LineSpreadSpectrum.h"
+#include "sfr/LineSpreadTransform.h"
 
 #include <cmath>
 #include <stdexcept>
@@ -15,7 +15,7 @@ namespace {
 constexpr int kLanes = 4;
 }  // namespace
 
-void lineSpreadSpectrum(const double* lsf, int n, int count, double* magnitude) {
+void lineSpreadTransform(const double* lsf, int n, int count, double* magnitude) {
     if (n <= 0 || count < 0 || count > n) {
         throw std::invalid_argument("spectrum size");
     }
