@@ -28,58 +28,63 @@ bool acceptedCode(int format) {
 }
 
 // Sum of weight x sample over the non-zero weights of K, unrolled at compile time.
-template <const Kernel5x5& K, typename T, std::size_t... I>
+template <const Kernel5x5* K, typename T, std::size_t... I>
 inline int kernelSum(const T* centre, int stride, std::index_sequence<I...>) {
     int sum = 0;
-    ((K[I] != 0 ? (sum += K[I] * static_cast<int>(centre[(static_cast<int>(I) / 5 - 2) * stride +
-                                                         static_cast<int>(I) % 5 - 2]))
-                : 0),
+    (((*K)[I] != 0
+          ? (sum += (*K)[I] * static_cast<int>(centre[(static_cast<int>(I) / 5 - 2) * stride +
+                                                      static_cast<int>(I) % 5 - 2]))
+          : 0),
      ...);
     return sum;
 }
 
-template <const Kernel5x5& K, typename T>
-inline T interpolate(const T* centre, int stride) {
-    const int sum = kernelSum<K>(centre, stride, std::make_index_sequence<25>{});
-    if (sum <= 0) {
-        return 0;
+// Marks a channel that takes the mosaic sample itself.
+constexpr const Kernel5x5* kNative = nullptr;
+
+// One output channel: the native sample, or the kernel result clamped to the sample range.
+template <const Kernel5x5* K, typename T>
+inline T channelValue(const T* centre, int stride) {
+    if constexpr (K == kNative) {
+        return *centre;
+    } else {
+        const int sum = kernelSum<K>(centre, stride, std::make_index_sequence<25>{});
+        if (sum <= 0) {
+            return 0;
+        }
+        constexpr int kMax = static_cast<int>(static_cast<T>(~T(0)));
+        return static_cast<T>(std::min(sum / 16, kMax));
     }
-    constexpr int kMax = static_cast<int>(static_cast<T>(~T(0)));
-    return static_cast<T>(std::min(sum / 16, kMax));
 }
 
-// The four per-pixel routines: output pixel (red, green, blue), bordered mosaic, stride in
-// samples, row and column in bordered coordinates.
+// A per-pixel routine, by the source of its red, green and blue channels: output pixel,
+// bordered mosaic, stride in samples, row and column in bordered coordinates.
+template <typename T, const Kernel5x5* Red, const Kernel5x5* Green, const Kernel5x5* Blue>
+void interpolateSite(T* out, const T* b, int stride, int row, int col) {
+    const T* c = b + row * stride + col;
+    out[0] = channelValue<Red>(c, stride);
+    out[1] = channelValue<Green>(c, stride);
+    out[2] = channelValue<Blue>(c, stride);
+}
+
 template <typename T>
 void interpolateAtBlue(T* out, const T* b, int stride, int row, int col) {
-    const T* c = b + row * stride + col;
-    out[0] = interpolate<kernelDiagonal>(c, stride);
-    out[1] = interpolate<kernelGreenAtRedBlue>(c, stride);
-    out[2] = *c;
+    interpolateSite<T, &kernelDiagonal, &kernelGreenAtRedBlue, kNative>(out, b, stride, row, col);
 }
 
 template <typename T>
 void interpolateAtGreenInBlueRow(T* out, const T* b, int stride, int row, int col) {
-    const T* c = b + row * stride + col;
-    out[0] = interpolate<kernelAlongColumn>(c, stride);
-    out[1] = *c;
-    out[2] = interpolate<kernelAlongRow>(c, stride);
+    interpolateSite<T, &kernelAlongColumn, kNative, &kernelAlongRow>(out, b, stride, row, col);
 }
 
 template <typename T>
 void interpolateAtGreenInRedRow(T* out, const T* b, int stride, int row, int col) {
-    const T* c = b + row * stride + col;
-    out[0] = interpolate<kernelAlongRow>(c, stride);
-    out[1] = *c;
-    out[2] = interpolate<kernelAlongColumn>(c, stride);
+    interpolateSite<T, &kernelAlongRow, kNative, &kernelAlongColumn>(out, b, stride, row, col);
 }
 
 template <typename T>
 void interpolateAtRed(T* out, const T* b, int stride, int row, int col) {
-    const T* c = b + row * stride + col;
-    out[0] = *c;
-    out[1] = interpolate<kernelGreenAtRedBlue>(c, stride);
-    out[2] = interpolate<kernelDiagonal>(c, stride);
+    interpolateSite<T, kNative, &kernelGreenAtRedBlue, &kernelDiagonal>(out, b, stride, row, col);
 }
 
 // One pass: every site of one cell position, rows in parallel. The routine is a template
