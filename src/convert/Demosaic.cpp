@@ -39,52 +39,60 @@ inline int kernelSum(const T* centre, int stride, std::index_sequence<I...>) {
     return sum;
 }
 
-// Marks a channel that takes the mosaic sample itself.
-constexpr const Kernel5x5* kNative = nullptr;
+// Where an output channel comes from: the mosaic sample itself, or a kernel.
+struct Native {};
+template <const Kernel5x5* K>
+struct Interpolated {};
 
-// One output channel: the native sample, or the kernel result clamped to the sample range.
-template <const Kernel5x5* K, typename T>
-inline T channelValue(const T* centre, int stride) {
-    if constexpr (K == kNative) {
-        return *centre;
-    } else {
-        const int sum = kernelSum<K>(centre, stride, std::make_index_sequence<25>{});
-        if (sum <= 0) {
-            return 0;
-        }
-        constexpr int kMax = static_cast<int>(static_cast<T>(~T(0)));
-        return static_cast<T>(std::min(sum / 16, kMax));
-    }
+template <typename T>
+inline T channelValue(Native, const T* centre, int) {
+    return *centre;
 }
+
+// The kernel result, clamped to the sample range.
+template <const Kernel5x5* K, typename T>
+inline T channelValue(Interpolated<K>, const T* centre, int stride) {
+    const int sum = kernelSum<K>(centre, stride, std::make_index_sequence<25>{});
+    if (sum <= 0) {
+        return 0;
+    }
+    constexpr int kMax = static_cast<int>(static_cast<T>(~T(0)));
+    return static_cast<T>(std::min(sum / 16, kMax));
+}
+
+using Diagonal = Interpolated<&kernelDiagonal>;
+using GreenAtRedBlue = Interpolated<&kernelGreenAtRedBlue>;
+using AlongRow = Interpolated<&kernelAlongRow>;
+using AlongColumn = Interpolated<&kernelAlongColumn>;
 
 // A per-pixel routine, by the source of its red, green and blue channels: output pixel,
 // bordered mosaic, stride in samples, row and column in bordered coordinates.
-template <typename T, const Kernel5x5* Red, const Kernel5x5* Green, const Kernel5x5* Blue>
+template <typename T, typename Red, typename Green, typename Blue>
 void interpolateSite(T* out, const T* b, int stride, int row, int col) {
     const T* c = b + row * stride + col;
-    out[0] = channelValue<Red>(c, stride);
-    out[1] = channelValue<Green>(c, stride);
-    out[2] = channelValue<Blue>(c, stride);
+    out[0] = channelValue(Red{}, c, stride);
+    out[1] = channelValue(Green{}, c, stride);
+    out[2] = channelValue(Blue{}, c, stride);
 }
 
 template <typename T>
 void interpolateAtBlue(T* out, const T* b, int stride, int row, int col) {
-    interpolateSite<T, &kernelDiagonal, &kernelGreenAtRedBlue, kNative>(out, b, stride, row, col);
+    interpolateSite<T, Diagonal, GreenAtRedBlue, Native>(out, b, stride, row, col);
 }
 
 template <typename T>
 void interpolateAtGreenInBlueRow(T* out, const T* b, int stride, int row, int col) {
-    interpolateSite<T, &kernelAlongColumn, kNative, &kernelAlongRow>(out, b, stride, row, col);
+    interpolateSite<T, AlongColumn, Native, AlongRow>(out, b, stride, row, col);
 }
 
 template <typename T>
 void interpolateAtGreenInRedRow(T* out, const T* b, int stride, int row, int col) {
-    interpolateSite<T, &kernelAlongRow, kNative, &kernelAlongColumn>(out, b, stride, row, col);
+    interpolateSite<T, AlongRow, Native, AlongColumn>(out, b, stride, row, col);
 }
 
 template <typename T>
 void interpolateAtRed(T* out, const T* b, int stride, int row, int col) {
-    interpolateSite<T, kNative, &kernelGreenAtRedBlue, &kernelDiagonal>(out, b, stride, row, col);
+    interpolateSite<T, Native, GreenAtRedBlue, Diagonal>(out, b, stride, row, col);
 }
 
 // One pass: every site of one cell position, rows in parallel. The routine is a template
