@@ -170,6 +170,9 @@ inline void sixteenSites(const RowWindow& w, int c) {
 // column holding the row's chroma colour.
 template <int kOwn, FourthByte kPolicy>
 void interiorRow(const RowWindow& w, int firstChroma, int width) {
+    if (width < 3) {
+        return;  // no interior column
+    }
     int c = 1;
     if (firstChroma == 2) {
         greenSite<kOwn>(w, c++);
