@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "ChartCommand.h"
 #include "DemoCommand.h"
 
 namespace {
@@ -11,6 +12,7 @@ const char* kUsage =
     "usage: talonvireo-sfr COMMAND [options]\n"
     "commands:\n"
     "  demo    render a slanted edge with a known blur, measure it, show measured vs true\n"
+    "  chart   render a synthetic chart frame and write it with its ground truth\n"
     "Run 'talonvireo-sfr COMMAND --help' for a command's options.\n";
 }
 
@@ -29,6 +31,13 @@ int main(int argc, char** argv) {
                 return 0;
             }
             return talonvireo::cli::runDemo(args);
+        }
+        if (command == "chart") {
+            if (!args.empty() && (args[0] == "--help" || args[0] == "-h")) {
+                std::fputs(talonvireo::cli::chartHelp(), stdout);
+                return 0;
+            }
+            return talonvireo::cli::runChart(args);
         }
         std::fprintf(stderr, "talonvireo-sfr: unknown command '%s'\n%s", command.c_str(), kUsage);
         return 2;
