@@ -275,6 +275,11 @@ TEST(ChartRenderer, CornerTruthLiesOnTheRenderedEdges) {
     t.rotationDeg = 1.5;
     t.scale = 0.95;
     expectCornersOnRenderedEdges(designChart(ChartProject::K31R22BX), t, 0.8);
+    // A mild perspective: the blur is approximated on the chart plane, the geometry is exact.
+    ChartTransform tilted;
+    tilted.perspX = 3e-6;
+    tilted.perspY = -2e-6;
+    expectCornersOnRenderedEdges(designChart(ChartProject::HLX6C), tilted, 1.0);
 }
 
 TEST(ChartRenderer, EdgeProfileMatchesTheSingleEdgeRenderer) {
