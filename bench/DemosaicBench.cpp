@@ -1,6 +1,8 @@
 // The demosaic to grey of a 4000 x 3000 8-bit mosaic (code 17), with all of OpenMP's threads.
 #include <benchmark/benchmark.h>
 
+#include "RandomFrame.h"
+
 #include <cstring>
 #include <random>
 #include <vector>
@@ -9,20 +11,11 @@
 
 namespace {
 
-constexpr int kWidth = 4000;
-constexpr int kHeight = 3000;
-
-std::vector<unsigned char> mosaicFrame() {
-    std::vector<unsigned char> frame(static_cast<size_t>(kWidth) * kHeight);
-    std::mt19937 rng(1);
-    for (auto& s : frame) {
-        s = static_cast<unsigned char>(rng());
-    }
-    return frame;
-}
+constexpr int kWidth = talonvireo::bench::kFrameWidth;
+constexpr int kHeight = talonvireo::bench::kFrameHeight;
 
 void BM_DemosaicToGrey8(benchmark::State& state) {
-    const std::vector<unsigned char> mosaic = mosaicFrame();
+    const std::vector<unsigned char> mosaic = talonvireo::bench::randomFrame(1);
     std::vector<unsigned char> grey(mosaic.size());
     for (auto _ : state) {
         if (talonvireo::convert::demosaicToGrey(mosaic.data(), kWidth, kHeight, 0x011,
@@ -36,7 +29,7 @@ void BM_DemosaicToGrey8(benchmark::State& state) {
 
 // Memory-bandwidth bound: copying the 12 MB mosaic.
 void BM_CopyMosaic(benchmark::State& state) {
-    const std::vector<unsigned char> mosaic = mosaicFrame();
+    const std::vector<unsigned char> mosaic = talonvireo::bench::randomFrame(1);
     std::vector<unsigned char> copy(mosaic.size());
     for (auto _ : state) {
         std::memcpy(copy.data(), mosaic.data(), mosaic.size());

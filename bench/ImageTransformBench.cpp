@@ -2,6 +2,8 @@
 // 32-bit image, then the fixed-point luminance) on a 4000 x 3000 8-bit mosaic, one thread.
 #include <benchmark/benchmark.h>
 
+#include "RandomFrame.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -11,20 +13,11 @@
 
 namespace {
 
-constexpr int kWidth = 4000;
-constexpr int kHeight = 3000;
-
-std::vector<unsigned char> randomMosaic() {
-    std::vector<unsigned char> frame(static_cast<size_t>(kWidth) * kHeight);
-    std::mt19937 rng(7);
-    for (auto& s : frame) {
-        s = static_cast<unsigned char>(rng());
-    }
-    return frame;
-}
+constexpr int kWidth = talonvireo::bench::kFrameWidth;
+constexpr int kHeight = talonvireo::bench::kFrameHeight;
 
 void BM_MosaicToGreyMode0(benchmark::State& state) {
-    const std::vector<unsigned char> mosaic = randomMosaic();
+    const std::vector<unsigned char> mosaic = talonvireo::bench::randomFrame(7);
     std::vector<unsigned char> grey(mosaic.size());
     libs::TalonUtil::ImageTransform transform;
     for (auto _ : state) {
@@ -38,7 +31,7 @@ void BM_MosaicToGreyMode0(benchmark::State& state) {
 
 // The demosaic alone, into a caller-owned (already faulted-in) 32-bit image.
 void BM_DemosaicRggbToBgra(benchmark::State& state) {
-    const std::vector<unsigned char> mosaic = randomMosaic();
+    const std::vector<unsigned char> mosaic = talonvireo::bench::randomFrame(7);
     std::vector<unsigned char> bgra(mosaic.size() * 4);
     libs::TalonUtil::ImageTransform transform;
     for (auto _ : state) {

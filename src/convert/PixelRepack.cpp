@@ -83,25 +83,29 @@ bool bgraToGrey(const unsigned char* bgra, unsigned char* grey, int width, int h
     return count != 0;
 }
 
-bool greyIntoBgra(const unsigned char* grey, unsigned char* bgra, int width, int height) {
+namespace {
+// Grey spread over blue, green and red; the fourth byte set to `fourth` unless it is
+// negative, in which case it is left alone.
+bool spreadGrey(const unsigned char* grey, unsigned char* bgra, int width, int height, int fourth) {
     const std::size_t count = runnableCount(grey, bgra, width, height);
     for (std::size_t i = 0; i < count; ++i) {
         bgra[4 * i] = grey[i];
         bgra[4 * i + 1] = grey[i];
         bgra[4 * i + 2] = grey[i];
+        if (fourth >= 0) {
+            bgra[4 * i + 3] = static_cast<unsigned char>(fourth);
+        }
     }
     return count != 0;
 }
+}  // namespace
+
+bool greyIntoBgra(const unsigned char* grey, unsigned char* bgra, int width, int height) {
+    return spreadGrey(grey, bgra, width, height, -1);
+}
 
 bool greyToBgra(const unsigned char* grey, unsigned char* bgra, int width, int height) {
-    const std::size_t count = runnableCount(grey, bgra, width, height);
-    for (std::size_t i = 0; i < count; ++i) {
-        bgra[4 * i] = grey[i];
-        bgra[4 * i + 1] = grey[i];
-        bgra[4 * i + 2] = grey[i];
-        bgra[4 * i + 3] = 255;
-    }
-    return count != 0;
+    return spreadGrey(grey, bgra, width, height, 255);
 }
 
 }  // namespace convert
