@@ -4,7 +4,6 @@
 #include "RandomFrame.h"
 
 #include <cstring>
-#include <random>
 #include <vector>
 
 #include "convert/Demosaic.h"

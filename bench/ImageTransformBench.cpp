@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <random>
 #include <vector>
 
 #include "convert/ImageTransform.h"

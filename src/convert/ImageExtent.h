@@ -16,5 +16,11 @@ inline std::size_t pixelCount(int width, int height) {
     return static_cast<std::size_t>(static_cast<std::int64_t>(width) * height);
 }
 
+// Pixels a conversion from src to dst may touch: 0, so that it runs no loop, when either
+// buffer is null or the size is empty.
+inline std::size_t runnableCount(const void* src, const void* dst, int width, int height) {
+    return src == nullptr || dst == nullptr ? 0 : pixelCount(width, height);
+}
+
 }  // namespace convert
 }  // namespace talonvireo

@@ -26,7 +26,7 @@ std::size_t temporaryBytes(int width, int height, std::size_t bytesPerPixel) {
 }
 
 bool runnable(const void* src, const void* dst, int width, int height) {
-    return src != nullptr && dst != nullptr && convert::pixelCount(width, height) != 0;
+    return convert::runnableCount(src, dst, width, height) != 0;
 }
 
 // Mosaic or grey to 32-bit pixels by mode: the demosaic of the mode's phase, or for mode 4

@@ -8,13 +8,6 @@
 namespace talonvireo {
 namespace convert {
 
-namespace {
-// Pixel count of a conversion that may run, or 0 when it must not.
-std::size_t runnableCount(const void* src, const void* dst, int width, int height) {
-    return src == nullptr || dst == nullptr ? 0 : pixelCount(width, height);
-}
-}  // namespace
-
 bool bgraToBgr(const unsigned char* bgra, unsigned char* bgr, int width, int height) {
     const std::size_t count = runnableCount(bgra, bgr, width, height);
     for (std::size_t i = 0; i < count; ++i) {

@@ -8,10 +8,6 @@ namespace talonvireo {
 namespace convert {
 
 namespace {
-std::size_t runnableCount(const void* src, const void* dst, int width, int height) {
-    return src == nullptr || dst == nullptr ? 0 : pixelCount(width, height);
-}
-
 inline int lowByte(unsigned short word) {
     return word & 0xFF;
 }
@@ -19,12 +15,17 @@ inline int lowByte(unsigned short word) {
 inline int highByte(unsigned short word) {
     return word >> 8;
 }
+
+// Bits 2 to 9 of a 10-bit word, written in bytes as the format defines them.
+inline unsigned char raw10Byte(unsigned short word) {
+    return static_cast<unsigned char>(highByte(word) * 64 + (lowByte(word) >> 2));
+}
 }  // namespace
 
 bool raw10ToBytes(const unsigned short* words, unsigned char* bytes, int width, int height) {
     const std::size_t count = runnableCount(words, bytes, width, height);
     for (std::size_t i = 0; i < count; ++i) {
-        bytes[i] = static_cast<unsigned char>(highByte(words[i]) * 64 + (lowByte(words[i]) >> 2));
+        bytes[i] = raw10Byte(words[i]);
     }
     return count != 0;
 }
@@ -40,8 +41,7 @@ bool raw12ToBytes(const unsigned short* words, unsigned char* bytes, int width, 
 bool raw10ToBytePairs(const unsigned short* words, unsigned char* pairs, int width, int height) {
     const std::size_t count = runnableCount(words, pairs, width, height);
     for (std::size_t i = 0; i < count; ++i) {
-        pairs[2 * i] =
-            static_cast<unsigned char>(highByte(words[i]) * 64 + (lowByte(words[i]) >> 2));
+        pairs[2 * i] = raw10Byte(words[i]);
         pairs[2 * i + 1] = static_cast<unsigned char>(highByte(words[i]) >> 2);
     }
     return count != 0;

@@ -58,7 +58,7 @@ Yuv422Order yuv422OrderFromCode(int code) {
 }
 
 bool bgraToYuv422(const unsigned char* bgra, unsigned char* yuv, int width, int height) {
-    const std::size_t count = bgra == nullptr || yuv == nullptr ? 0 : pixelCount(width, height);
+    const std::size_t count = runnableCount(bgra, yuv, width, height);
     for (std::size_t i = 0; i < count; ++i) {
         const int blue = bgra[4 * i];
         const int green = bgra[4 * i + 1];
@@ -74,7 +74,7 @@ bool bgraToYuv422(const unsigned char* bgra, unsigned char* yuv, int width, int 
 
 int yuv422ToBgra(const unsigned char* yuv, unsigned char* bgra, int width, int height,
                  Yuv422Order order) {
-    const std::size_t pixels = yuv == nullptr || bgra == nullptr ? 0 : pixelCount(width, height);
+    const std::size_t pixels = runnableCount(yuv, bgra, width, height);
     const std::size_t pairs = pixels / 2;
     if (pairs == 0 || pairs > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
         return 0;
