@@ -124,5 +124,23 @@ inline constexpr std::array<LayoutRow, 56> kLx2Rows = {{
     {3374, 2800, 30, 0, 0}, {3374, 2800, 31, 0, 1}, {670, 2750, 32, 2, 0},  {670, 2750, 33, 2, 1},
 }};
 
+// Reference quadrilaterals, x list then y list. A layout passes its quadrilateral as both the
+// source and the destination of the perspective, so the mapping starts as the identity: the
+// tables are already in image pixels of the nominal chart position.
+struct ReferenceQuad {
+    std::array<int, 4> x;
+    std::array<int, 4> y;
+};
+
+// All 26-row layouts.
+inline constexpr ReferenceQuad kQuadReference = {{2010, 1044, 2989, 2016}, {560, 1537, 1533, 1509}};
+// SFRLocate_LX and SFRLocate_LX2 (their mark search then replaces the identity).
+inline constexpr ReferenceQuad kLxQuadReference = {{498, 638, 780, 639}, {513, 368, 507, 650}};
+
+// Where the midpoint of the two marks nearest the centre lies on an unmoved chart of the
+// 56-row layouts.
+inline constexpr float kMarkReferenceX = 2010.7f;
+inline constexpr float kMarkReferenceY = 1547.1f;
+
 }  // namespace locate
 }  // namespace talonvireo

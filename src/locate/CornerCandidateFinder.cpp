@@ -1,0 +1,163 @@
+#include "locate/CornerCandidateFinder.h"
+
+#include <array>
+#include <climits>
+#include <cstdlib>
+
+#include <opencv2/imgproc.hpp>
+
+#include "locate/IntConversion.h"
+
+namespace RegularSFR {
+
+namespace {
+
+// Shi-Tomasi settings. The quality level is a float constant widened to double
+// (0.05000000074505806), which is what the minimum eigenvalue is compared against.
+constexpr int kBlockSize = 15;
+constexpr int kMaxCorners = 32;
+constexpr double kQuality = static_cast<double>(0.05f);
+constexpr int kSubPixHalfWindow = 15;
+
+const cv::TermCriteria kSubPixStop(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, 40, 0.01);
+
+// Pixels at distance 7 to 7.81 on four mirrored quarter-arcs: the light pixels among them,
+// weighted by their offsets, point to the light side of a corner.
+struct RingOffset {
+    int dx;
+    int dy;
+};
+constexpr std::array<RingOffset, 44> kRing = {{
+    {7, 1},   {7, 2},   {7, 3},   {6, 4},   {6, 5},   {5, 6},   {4, 6},   {3, 7},   {2, 7},
+    {1, 7},   {-7, 1},  {-7, 2},  {-7, 3},  {-6, 4},  {-6, 5},  {-5, 6},  {-4, 6},  {-3, 7},
+    {-2, 7},  {-1, 7},  {7, -1},  {7, -2},  {7, -3},  {6, -4},  {6, -5},  {5, -6},  {4, -6},
+    {3, -7},  {2, -7},  {1, -7},  {-7, -1}, {-7, -2}, {-7, -3}, {-6, -4}, {-6, -5}, {-5, -6},
+    {-4, -6}, {-3, -7}, {-2, -7}, {-1, -7}, {7, 0},   {0, 7},   {-7, 0},  {0, -7},
+}};
+constexpr int kRingReach = 7;
+
+// A negative sign wants a strictly negative sum; a positive one accepts zero.
+bool hasSign(int sum, int sign) {
+    return sign < 0 ? sum < 0 : sum >= 0;
+}
+
+bool inside(const cv::Mat& m, cv::Point p) {
+    return p.x >= 0 && p.y >= 0 && p.x < m.cols && p.y < m.rows;
+}
+
+}  // namespace
+
+CornerCandidateFinder::CornerCandidateFinder(const cv::Mat& region, int size)
+    : image(region.clone()), size(size) {
+    detect();
+}
+
+void CornerCandidateFinder::detect() {
+    if (image.empty()) {
+        throw cv::Exception();
+    }
+    cv::Mat eig;
+    cv::cornerMinEigenVal(image, eig, kBlockSize, 3, cv::BORDER_DEFAULT);
+    double maxEig = 0.0;
+    cv::minMaxLoc(eig, nullptr, &maxEig);
+    const double minEig = maxEig * kQuality;
+
+    std::vector<cv::Point2f> raw;
+    cv::goodFeaturesToTrack(image, raw, kMaxCorners, kQuality, size * 0.25, cv::noArray(),
+                            kBlockSize, false, 0.04);
+    const std::vector<cv::Point2f> unrefined = raw;
+    if (!raw.empty()) {
+        cv::cornerSubPix(image, raw, cv::Size(kSubPixHalfWindow, kSubPixHalfWindow),
+                         cv::Size(-1, -1), kSubPixStop);
+    }
+    for (std::size_t i = 0; i < raw.size(); ++i) {
+        // cvRound rounds halves to even.
+        const cv::Point r(cvRound(raw[i].x), cvRound(raw[i].y));
+        if (inside(image, r) && eig.at<float>(r) > minEig) {
+            refinedCorners.push_back(r);
+            rawCorners.emplace_back(cvRound(unrefined[i].x), cvRound(unrefined[i].y));
+        }
+    }
+}
+
+std::vector<cv::Point> CornerCandidateFinder::findCandidates(int kind) {
+    if (refinedCorners.empty()) {
+        throw cv::Exception();
+    }
+    cv::Mat dark;
+    cv::threshold(image, dark, 255.0, 1.0, cv::THRESH_BINARY_INV | cv::THRESH_OTSU);
+
+    // Light everywhere but on dark blobs of at least an eighth of the mark's square.
+    cv::Mat light = cv::Mat::ones(image.size(), CV_8UC1);
+    const int minArea = squareInt32(size) / 8;
+    std::vector<std::vector<cv::Point>> contours;
+    std::vector<cv::Vec4i> hierarchy;
+    cv::findContours(dark.clone(), contours, hierarchy, cv::RETR_CCOMP, cv::CHAIN_APPROX_SIMPLE);
+    for (std::size_t c = 0; c < contours.size(); ++c) {
+        if (cv::contourArea(contours[c], false) >= minArea) {
+            cv::drawContours(light, contours, static_cast<int>(c), cv::Scalar(0), cv::FILLED,
+                             cv::LINE_8, cv::noArray(), INT_MAX, cv::Point());
+        }
+    }
+    // A corner is only a chart corner where it was detected on a large dark blob.
+    for (std::size_t i = 0; i < refinedCorners.size(); ++i) {
+        const cv::Point p = rawCorners[i];
+        if (!inside(light, p) || light.at<unsigned char>(p) != 0) {
+            refinedCorners[i] = cv::Point(-1, -1);
+        }
+    }
+    cv::morphologyEx(light, light, cv::MORPH_CLOSE, cv::Mat());
+    cv::Mat bordered;
+    cv::copyMakeBorder(light, bordered, kRingReach, kRingReach, kRingReach, kRingReach,
+                       cv::BORDER_REPLICATE);
+
+    std::vector<cv::Point> candidates;
+    if (kind < 0 || kind > 3) {
+        return candidates;
+    }
+    const int sx = kind >= 2 ? 1 : -1;
+    const int sy = kind % 2 == 1 ? 1 : -1;
+    for (const cv::Point& p : refinedCorners) {
+        if (!inside(image, p)) {
+            continue;
+        }
+        int sumX = 0;
+        int sumY = 0;
+        for (const RingOffset& o : kRing) {
+            const int v =
+                bordered.at<unsigned char>(p.y + kRingReach + o.dy, p.x + kRingReach + o.dx);
+            sumX += o.dx * v;
+            sumY += o.dy * v;
+        }
+        if ((sumX != 0 || sumY != 0) && hasSign(sumX, sx) && hasSign(sumY, sy)) {
+            candidates.push_back(p);
+        }
+    }
+    return candidates;
+}
+
+cv::Point2f CornerCandidateFinder::refineCorner(int kind, cv::Point& hint) {
+    if (hint.x <= 0 || hint.y <= 0) {
+        hint = cv::Point(image.cols / 2, image.rows / 2);
+    }
+    const std::vector<cv::Point> candidates = findCandidates(kind);
+    if (candidates.empty()) {
+        throw cv::Exception();
+    }
+    std::size_t best = 0;
+    int bestDistance = INT_MAX;
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        const int d = std::abs(candidates[i].x - hint.x) + std::abs(candidates[i].y - hint.y);
+        if (d < bestDistance) {
+            bestDistance = d;
+            best = i;
+        }
+    }
+    std::vector<cv::Point2f> point{cv::Point2f(candidates[best])};
+    cv::cornerSubPix(image, point, cv::Size(kSubPixHalfWindow, kSubPixHalfWindow), cv::Size(-1, -1),
+                     kSubPixStop);
+    // Rounded on purpose: sub-pixel accuracy comes from the full-resolution pass.
+    return {static_cast<float>(cvRound(point[0].x)), static_cast<float>(cvRound(point[0].y))};
+}
+
+}  // namespace RegularSFR

@@ -1,0 +1,62 @@
+// RegularSFRLocate::refineCorners: every chart corner searched round its projection in the
+// (possibly downscaled) work image, then refined together on the full-resolution source.
+#include <opencv2/imgproc.hpp>
+
+#include "locate/ChartProjection.h"
+#include "locate/CornerCandidateFinder.h"
+#include "locate/IntConversion.h"
+#include "locate/RegularSFRLocate.h"
+
+namespace RegularSFR {
+
+namespace {
+
+// Clips a projected search window to [0, limit] the way the locator always has: a value at
+// or below 0 becomes 0, one at or beyond the limit becomes the limit, then it truncates.
+int clipLow(float v) {
+    return v <= 0.0f ? 0 : truncateToInt(v);
+}
+int clipHigh(float v, int limit) {
+    return v >= static_cast<float>(limit) ? limit : truncateToInt(v);
+}
+
+}  // namespace
+
+bool RegularSFRLocate::refineCorners() {
+    if (perspective.empty() || perspective.total() == 0 || corners.empty() ||
+        cornerSearchSize <= 0 || !isHomography(perspective)) {
+        return false;
+    }
+    const int half = cornerSearchSize / 2;
+    std::vector<cv::Point2f> positions(corners.size());
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const ChartCorner& corner = corners[i];
+        const cv::Point2f p = projectChartPoint(perspective, corner.chartX, corner.chartY);
+        const cv::Rect region(
+            cv::Point(clipLow(p.x - half), clipLow(p.y - half)),
+            cv::Point(clipHigh(p.x + half, workImage.cols), clipHigh(p.y + half, workImage.rows)));
+        // A window wholly outside the image fails OpenCV's region check: an exception.
+        CornerCandidateFinder finder(workImage(region), markSearchSize);
+        cv::Point hint(truncateToInt(p.x - region.x), truncateToInt(p.y - region.y));
+        const cv::Point2f found = finder.refineCorner(corner.kind, hint);
+        positions[i] = cv::Point2f(static_cast<float>(region.x) + found.x,
+                                   static_cast<float>(region.y) + found.y);
+    }
+    if (scaled) {
+        for (cv::Point2f& p : positions) {
+            p = cv::Point2f(static_cast<float>(p.x / scale), static_cast<float>(p.y / scale));
+        }
+        const int window = truncateToInt(5.0 / scale);
+        cv::cornerSubPix(
+            sourceImage, positions, cv::Size(window, window), cv::Size(-1, -1),
+            cv::TermCriteria(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, 40, 0.01));
+    }
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        corners[i].x = positions[i].x;
+        corners[i].y = positions[i].y;
+        corners[i].found = true;
+    }
+    return true;
+}
+
+}  // namespace RegularSFR

@@ -1,0 +1,30 @@
+// Rendered chart frames for the locator tests: 8-bit grey, light 200 on dark 40.
+#pragma once
+
+#include <cstdint>
+
+#include <opencv2/core.hpp>
+
+#include "render/ChartDesign.h"
+#include "render/ChartTransform.h"
+
+namespace talonvireo {
+namespace testing {
+
+struct ChartFrame {
+    render::ChartProject project = render::ChartProject::HLX6C;
+    double sigma = 0.7;
+    int width = 4000;
+    int height = 3000;
+    render::ChartTransform transform;
+    double noise = 0.0;  // standard deviation, grey levels
+    std::uint32_t seed = 1;
+};
+
+inline constexpr int kChartLight = 200;
+inline constexpr int kChartDark = 40;
+
+cv::Mat renderGreyChart(const ChartFrame& frame);
+
+}  // namespace testing
+}  // namespace talonvireo
