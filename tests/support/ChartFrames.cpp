@@ -5,17 +5,28 @@
 namespace talonvireo {
 namespace testing {
 
-cv::Mat renderGreyChart(const ChartFrame& frame) {
-    const render::ChartDesign design = render::designChart(frame.project);
-    const cv::Mat coverage = render::chartCoverage(design.squares, frame.transform, frame.sigma,
-                                                   frame.width, frame.height);
+namespace {
+cv::Mat expose(const cv::Mat& coverage, double noise, std::uint32_t seed) {
     render::ChartExposure exposure;
     exposure.light = kChartLight / 255.0;
     exposure.dark = kChartDark / 255.0;
-    exposure.readNoise = frame.noise;
-    exposure.seed = frame.seed;
+    exposure.readNoise = noise;
+    exposure.seed = seed;
     exposure.bits = 8;
     return render::exposeChart(coverage, exposure);
+}
+}  // namespace
+
+cv::Mat renderGreyChart(const ChartFrame& frame) {
+    const render::ChartDesign design = render::designChart(frame.project);
+    return expose(render::chartCoverage(design.squares, frame.transform, frame.sigma, frame.width,
+                                        frame.height),
+                  frame.noise, frame.seed);
+}
+
+cv::Mat renderGreySquares(const std::vector<render::ChartSquare>& squares, int width, int height,
+                          double sigma) {
+    return expose(render::chartCoverage(squares, {}, sigma, width, height), 0.0, 1);
 }
 
 }  // namespace testing

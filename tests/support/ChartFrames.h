@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include <opencv2/core.hpp>
 
 #include "render/ChartDesign.h"
+#include "render/ChartSquare.h"
 #include "render/ChartTransform.h"
 
 namespace talonvireo {
@@ -25,6 +27,10 @@ inline constexpr int kChartLight = 200;
 inline constexpr int kChartDark = 40;
 
 cv::Mat renderGreyChart(const ChartFrame& frame);
+
+// Any set of squares, untransformed, on a width x height frame with the same levels.
+cv::Mat renderGreySquares(const std::vector<render::ChartSquare>& squares, int width, int height,
+                          double sigma);
 
 }  // namespace testing
 }  // namespace talonvireo
