@@ -159,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
         Placement{ChartProject::K31R22BX, Layout::Lx, Layout::Lx2, 1.2, -60, 60, -1.0},
         Placement{ChartProject::K74T16BX, Layout::LxMap, Layout::LxMap2, 0.7, 60, -60, 1.0},
         // Not downward: the rings of the (500, 2850) and (3500, 2850) corners of the second
-        // layout would then leave a 3000-row frame (see ChartCutOffByTheFrame below).
+        // layout would then leave a 3000-row frame (LocateFailure.ARingRunningOffTheFrame...).
         Placement{ChartProject::K74T16BX, Layout::LxMap, Layout::LxMap2, 1.2, -60, -40, -1.0},
         Placement{ChartProject::HLX6C, Layout::Hlx6c, Layout::Hlx6c2, 0.7, 60, -60, 1.0},
         Placement{ChartProject::HLX6C, Layout::Hlx6c, Layout::Hlx6c2, 1.2, -60, 60, -1.0}),

@@ -146,7 +146,7 @@ TEST(CornerRefinement, ACornerOnASmallDarkSpeckIsRejected) {
     EXPECT_LE(cv::norm(candidates[0] - cv::Point(100, 100)), 1.5);
 
     CornerCandidateFinder speckOnly(region, 40);
-    EXPECT_FALSE(speckOnly.refinedCorners.empty());  // detected ...
+    EXPECT_FALSE(speckOnly.refinedCorners.empty());    // detected ...
     EXPECT_TRUE(speckOnly.findCandidates(0).empty());  // ... and rejected
     cv::Point hint(36, 36);
     EXPECT_THROW(speckOnly.refineCorner(0, hint), cv::Exception);

@@ -48,10 +48,9 @@ TEST(EdgeCrossing, AtHalfScaleAMarkSizeOf25BecomesARingOf24) {
     const cv::Point2d tl = sq.corner(0);
     TestLocator loc(image);
     loc.setScale(0.5);
-    loc.describe({{static_cast<int>(std::lround(tl.x)), static_cast<int>(std::lround(tl.y)), 0, 0,
-                   0},
-                  {static_cast<int>(std::lround(tl.x)), static_cast<int>(std::lround(tl.y)), 1, 0,
-                   1}});
+    loc.describe(
+        {{static_cast<int>(std::lround(tl.x)), static_cast<int>(std::lround(tl.y)), 0, 0, 0},
+         {static_cast<int>(std::lround(tl.x)), static_cast<int>(std::lround(tl.y)), 1, 0, 1}});
     loc.cornerSearchSize = 600;
     loc.markSearchSize = 25;
     ASSERT_EQ(loc.prepare(), 0);

@@ -3,6 +3,8 @@
 // the 56-row pair.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <regex>
 #include <string>
@@ -338,6 +340,32 @@ TEST(MarkSearch, AnUnmovedChartGivesAZeroShiftAndAMovedOneItsShift) {
     ASSERT_TRUE(searchMarks(renderGreyChart(moved), 100, shift));
     EXPECT_NEAR(shift.x, 37.0, 0.5);
     EXPECT_NEAR(shift.y, -52.0, 0.5);
+}
+
+TEST(MarkSearch, TheFlatBorderListHoldsTheSameBordersAsTheTwoLevelOne) {
+    // The mark search reads only each border's area and rectangle centre, so listing the
+    // borders without their hierarchy must give the same borders.
+    cv::Mat noise(500, 600, CV_8UC1);
+    cv::RNG rng(3);
+    rng.fill(noise, cv::RNG::UNIFORM, 0, 256);
+    const cv::Mat chart = markedFrame()(cv::Rect(1000, 750, 2000, 1500));
+    for (const cv::Mat& image : {noise, chart}) {
+        cv::Mat binary;
+        cv::threshold(image, binary, 255.0, 255.0, cv::THRESH_BINARY_INV | cv::THRESH_OTSU);
+        std::vector<std::array<double, 3>> borders[2];
+        const int modes[2] = {cv::RETR_CCOMP, cv::RETR_LIST};
+        for (int m = 0; m < 2; ++m) {
+            std::vector<std::vector<cv::Point>> contours;
+            cv::findContours(binary.clone(), contours, modes[m], cv::CHAIN_APPROX_SIMPLE);
+            for (const auto& c : contours) {
+                const cv::Point2f centre = cv::minAreaRect(c).center;
+                borders[m].push_back({cv::contourArea(c), centre.x, centre.y});
+            }
+            std::sort(borders[m].begin(), borders[m].end());
+        }
+        EXPECT_GT(borders[0].size(), 10u);
+        EXPECT_EQ(borders[0], borders[1]);
+    }
 }
 
 }  // namespace
