@@ -7,6 +7,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "locate/IntConversion.h"
+#include "locate/ShiTomasiSelection.h"
 
 namespace RegularSFR {
 
@@ -62,9 +63,9 @@ void CornerCandidateFinder::detect() {
     cv::minMaxLoc(eig, nullptr, &maxEig);
     const double minEig = maxEig * kQuality;
 
-    std::vector<cv::Point2f> raw;
-    cv::goodFeaturesToTrack(image, raw, kMaxCorners, kQuality, size * 0.25, cv::noArray(),
-                            kBlockSize, false, 0.04);
+    // Shi-Tomasi corners (goodFeaturesToTrack, no mask, no Harris measure) selected on the
+    // eigenvalue image just computed rather than computing it a second time.
+    std::vector<cv::Point2f> raw = selectShiTomasiCorners(eig, kMaxCorners, kQuality, size * 0.25);
     const std::vector<cv::Point2f> unrefined = raw;
     if (!raw.empty()) {
         cv::cornerSubPix(image, raw, cv::Size(kSubPixHalfWindow, kSubPixHalfWindow),

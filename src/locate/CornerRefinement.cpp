@@ -22,6 +22,16 @@ int clipHigh(float v, int limit) {
 
 }  // namespace
 
+std::size_t RegularSFRLocate::sameCornerBefore(std::size_t i) const {
+    for (std::size_t j = 0; j < i; ++j) {
+        if (corners[j].chartX == corners[i].chartX && corners[j].chartY == corners[i].chartY &&
+            corners[j].kind == corners[i].kind) {
+            return j;
+        }
+    }
+    return i;
+}
+
 bool RegularSFRLocate::refineCorners() {
     if (perspective.empty() || perspective.total() == 0 || corners.empty() ||
         cornerSearchSize <= 0 || !isHomography(perspective)) {
@@ -31,6 +41,13 @@ bool RegularSFRLocate::refineCorners() {
     std::vector<cv::Point2f> positions(corners.size());
     for (std::size_t i = 0; i < corners.size(); ++i) {
         const ChartCorner& corner = corners[i];
+        // Layouts list a corner once per edge it starts: the same chart point and kind give
+        // the same window, hint and candidate, so an earlier result is reused.
+        const std::size_t same = sameCornerBefore(i);
+        if (same < i) {
+            positions[i] = positions[same];
+            continue;
+        }
         const cv::Point2f p = projectChartPoint(perspective, corner.chartX, corner.chartY);
         const cv::Rect region(
             cv::Point(clipLow(p.x - half), clipLow(p.y - half)),

@@ -73,6 +73,9 @@ public:
     cv::Mat perspective;  // 3 x 3 CV_64F, chart to image
 
 protected:
+    // Index of the first earlier corner with the same chart point and kind, or i.
+    std::size_t sameCornerBefore(std::size_t i) const;
+
     // Locators are locals of their concrete type, never deleted through the base.
     ~RegularSFRLocate() = default;
     RegularSFRLocate(const RegularSFRLocate&) = default;
