@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <ostream>
 #include <string>
 
 #include "ChartFrames.h"
@@ -62,6 +63,11 @@ struct Case {
     int height;
 };
 
+void PrintTo(const Case& c, std::ostream* os) {
+    *os << projectName(c.project) << " sigma " << c.sigma << " scale " << c.scale << " on "
+        << c.width << "x" << c.height;
+}
+
 std::string caseName(const ::testing::TestParamInfo<Case>& info) {
     const Case& c = info.param;
     return std::string(projectName(c.project)) + "_" + layoutInfo(c.first).name + "_sigma" +
@@ -118,6 +124,11 @@ struct Placement {
     double shiftY;
     double turnDeg;
 };
+
+void PrintTo(const Placement& p, std::ostream* os) {
+    *os << projectName(p.project) << " sigma " << p.sigma << " shift (" << p.shiftX << ", "
+        << p.shiftY << ") turn " << p.turnDeg;
+}
 
 std::string placementName(const ::testing::TestParamInfo<Placement>& info) {
     const Placement& p = info.param;

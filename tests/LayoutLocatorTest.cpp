@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <regex>
+#include <cstdio>
 #include <string>
 
 #include <opencv2/imgproc.hpp>
@@ -107,22 +107,19 @@ struct Row {
 
 std::vector<Row> parseRows(const std::string& text) {
     std::vector<Row> rows;
-    const std::regex point(R"(\((\d+), (\d+)\) k(\d) ([01])([01]))");
-    const std::regex whole(R"(\((\d+),(\d+),(\d+),(\d+),(\d+)\))");
-    std::smatch m;
-    int i = 0;
-    for (auto it = std::sregex_iterator(text.begin(), text.end(), point);
-         it != std::sregex_iterator(); ++it, ++i) {
-        const std::smatch& p = *it;
-        const int x = std::stoi(p[1]), y = std::stoi(p[2]), k = std::stoi(p[3]);
-        rows.push_back({x, y, 2 * i, k, std::stoi(p[4])});
-        rows.push_back({x, y, 2 * i + 1, k, std::stoi(p[5])});
-    }
-    for (auto it = std::sregex_iterator(text.begin(), text.end(), whole);
-         it != std::sregex_iterator(); ++it) {
-        const std::smatch& p = *it;
-        rows.push_back(
-            {std::stoi(p[1]), std::stoi(p[2]), std::stoi(p[3]), std::stoi(p[4]), std::stoi(p[5])});
+    int points = 0;
+    for (std::size_t at = text.find('('); at != std::string::npos; at = text.find('(', at + 1)) {
+        const char* item = text.c_str() + at;
+        int x = 0, y = 0, edge = 0, kind = 0, code = 0, first = 0, second = 0;
+        if (std::sscanf(item, "(%d,%d,%d,%d,%d)", &x, &y, &edge, &kind, &code) == 5) {
+            rows.push_back({x, y, edge, kind, code});
+        } else if (std::sscanf(item, "(%d, %d) k%d %1d%1d", &x, &y, &kind, &first, &second) == 5) {
+            rows.push_back({x, y, 2 * points, kind, first});
+            rows.push_back({x, y, 2 * points + 1, kind, second});
+            ++points;
+        } else {
+            ADD_FAILURE() << "unreadable row at " << item;
+        }
     }
     return rows;
 }

@@ -20,8 +20,10 @@ void expectSameAsOpenCV(const cv::Mat& image, int maxCorners, double minDistance
                             false, 0.04);
     cv::Mat eig;
     cv::cornerMinEigenVal(image, eig, 15, 3);
+    double maxEig = 0.0;
+    cv::minMaxLoc(eig, nullptr, &maxEig);
     const std::vector<cv::Point2f> got =
-        selectShiTomasiCorners(eig, maxCorners, kQuality, minDistance);
+        selectShiTomasiCorners(eig, maxEig, maxCorners, kQuality, minDistance);
     EXPECT_EQ(got, expected) << what << ", max " << maxCorners << ", distance " << minDistance;
 }
 
@@ -65,7 +67,7 @@ TEST(ShiTomasiSelection, MatchesOpenCVOnTiesFlatAndTinyImages) {
         rng.fill(tiny, cv::RNG::UNIFORM, 0, 256);
         expectSameAsOpenCV(tiny, 32, 3.0, "tiny");
     }
-    EXPECT_TRUE(selectShiTomasiCorners(cv::Mat(), 32, kQuality, 3.0).empty());
+    EXPECT_TRUE(selectShiTomasiCorners(cv::Mat(), 0.0, 32, kQuality, 3.0).empty());
 }
 
 }  // namespace

@@ -65,7 +65,8 @@ void CornerCandidateFinder::detect() {
 
     // Shi-Tomasi corners (goodFeaturesToTrack, no mask, no Harris measure) selected on the
     // eigenvalue image just computed rather than computing it a second time.
-    std::vector<cv::Point2f> raw = selectShiTomasiCorners(eig, kMaxCorners, kQuality, size * 0.25);
+    std::vector<cv::Point2f> raw =
+        selectShiTomasiCorners(eig, maxEig, kMaxCorners, kQuality, size * 0.25);
     const std::vector<cv::Point2f> unrefined = raw;
     if (!raw.empty()) {
         cv::cornerSubPix(image, raw, cv::Size(kSubPixHalfWindow, kSubPixHalfWindow),

@@ -31,11 +31,11 @@ void SFRLocate_LX::searchMarks(cv::Point2f reference) {
     const int cols = sourceImage.cols;
     const int rows = sourceImage.rows;
     const cv::Rect centralHalf(cols / 2 - cols / 4, rows / 2 - rows / 4, cols / 2, rows / 2);
-    const cv::Mat central = sourceImage(centralHalf).clone();
 
     // Otsu's level, inverted: the dark marks become the foreground.
     cv::Mat marks;
-    cv::threshold(central, marks, 255.0, 255.0, cv::THRESH_BINARY_INV | cv::THRESH_OTSU);
+    cv::threshold(sourceImage(centralHalf), marks, 255.0, 255.0,
+                  cv::THRESH_BINARY_INV | cv::THRESH_OTSU);
     std::vector<std::vector<cv::Point>> contours;
     std::vector<cv::Vec4i> hierarchy;
     // Every outer and hole border, as the two-level retrieval gives them. The flat list is

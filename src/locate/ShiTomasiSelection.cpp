@@ -6,33 +6,41 @@
 
 namespace RegularSFR {
 
-std::vector<cv::Point2f> selectShiTomasiCorners(const cv::Mat& eig, int maxCorners, double quality,
-                                                double minDistance) {
+std::vector<cv::Point2f> selectShiTomasiCorners(const cv::Mat& eig, double maxEig, int maxCorners,
+                                                double quality, double minDistance) {
     std::vector<cv::Point2f> corners;
     if (eig.empty()) {
         return corners;
     }
-    double maxVal = 0.0;
-    cv::minMaxLoc(eig, nullptr, &maxVal);
-    cv::Mat strong, dilated;
-    cv::threshold(eig, strong, maxVal * quality, 0.0, cv::THRESH_TOZERO);
-    cv::dilate(strong, dilated, cv::Mat());
-
-    // Candidates: non-zero local maxima, the outermost pixel ring excluded.
+    // Below the quality level a value counts as 0 (OpenCV thresholds the float image "to
+    // zero" at the level as a float). A candidate is a non-zero value no neighbour of its
+    // 3 x 3 block exceeds, which is what comparing with the dilated image finds; scanning
+    // the block only round values above the level skips the bulk of the window.
+    const float level = static_cast<float>(maxEig * quality);
+    const auto kept = [level](float v) { return v > level ? v : 0.0f; };
     struct Peak {
         float value;
         int x;
         int y;
     };
     std::vector<Peak> peaks;
-    if (strong.rows > 2 && strong.cols > 2) {
-        const cv::Rect inner(1, 1, strong.cols - 2, strong.rows - 2);
-        const cv::Mat isPeak = (strong(inner) == dilated(inner)) & (strong(inner) != 0.0f);
-        std::vector<cv::Point> at;
-        cv::findNonZero(isPeak, at);
-        peaks.reserve(at.size());
-        for (const cv::Point& p : at) {
-            peaks.push_back({strong.at<float>(p.y + 1, p.x + 1), p.x + 1, p.y + 1});
+    for (int y = 1; y < eig.rows - 1; ++y) {
+        const float* above = eig.ptr<float>(y - 1);
+        const float* row = eig.ptr<float>(y);
+        const float* below = eig.ptr<float>(y + 1);
+        for (int x = 1; x < eig.cols - 1; ++x) {
+            const float v = kept(row[x]);
+            if (v == 0.0f) {
+                continue;
+            }
+            bool peak = true;
+            for (int dx = -1; dx <= 1 && peak; ++dx) {
+                peak = kept(above[x + dx]) <= v && kept(below[x + dx]) <= v &&
+                       (dx == 0 || kept(row[x + dx]) <= v);
+            }
+            if (peak) {
+                peaks.push_back({v, x, y});
+            }
         }
     }
     // Strongest first; equal strengths with the later pixel (in raster order) first.

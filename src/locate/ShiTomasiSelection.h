@@ -11,10 +11,11 @@
 
 namespace RegularSFR {
 
-// Local maxima (3 x 3) of `eig` above quality times its maximum, away from the outermost
-// pixel ring, strongest first (equal values: the later pixel first), each kept when no
-// stronger kept corner lies closer than minDistance; at most maxCorners when it is > 0.
-std::vector<cv::Point2f> selectShiTomasiCorners(const cv::Mat& eig, int maxCorners, double quality,
-                                                double minDistance);
+// Local maxima (3 x 3) of `eig` (CV_32FC1) above quality times its largest value `maxEig`,
+// away from the outermost pixel ring, strongest first (equal values: the later pixel first),
+// each kept when no stronger kept corner lies closer than minDistance; at most maxCorners
+// when it is > 0.
+std::vector<cv::Point2f> selectShiTomasiCorners(const cv::Mat& eig, double maxEig, int maxCorners,
+                                                double quality, double minDistance);
 
 }  // namespace RegularSFR
