@@ -8,6 +8,7 @@
 
 #include "locate/IntConversion.h"
 #include "locate/ShiTomasiSelection.h"
+#include "locate/SubPixStop.h"
 
 namespace RegularSFR {
 
@@ -19,8 +20,6 @@ constexpr int kBlockSize = 15;
 constexpr int kMaxCorners = 32;
 constexpr double kQuality = static_cast<double>(0.05f);
 constexpr int kSubPixHalfWindow = 15;
-
-const cv::TermCriteria kSubPixStop(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, 40, 0.01);
 
 // Pixels at distance 7 to 7.81 on four mirrored quarter-arcs: the light pixels among them,
 // weighted by their offsets, point to the light side of a corner.
@@ -70,7 +69,7 @@ void CornerCandidateFinder::detect() {
     const std::vector<cv::Point2f> unrefined = raw;
     if (!raw.empty()) {
         cv::cornerSubPix(image, raw, cv::Size(kSubPixHalfWindow, kSubPixHalfWindow),
-                         cv::Size(-1, -1), kSubPixStop);
+                         cv::Size(-1, -1), subPixStop());
     }
     for (std::size_t i = 0; i < raw.size(); ++i) {
         // cvRound rounds halves to even.
@@ -157,7 +156,7 @@ cv::Point2f CornerCandidateFinder::refineCorner(int kind, cv::Point& hint) {
     }
     std::vector<cv::Point2f> point{cv::Point2f(candidates[best])};
     cv::cornerSubPix(image, point, cv::Size(kSubPixHalfWindow, kSubPixHalfWindow), cv::Size(-1, -1),
-                     kSubPixStop);
+                     subPixStop());
     // Rounded on purpose: sub-pixel accuracy comes from the full-resolution pass.
     return {static_cast<float>(cvRound(point[0].x)), static_cast<float>(cvRound(point[0].y))};
 }

@@ -6,6 +6,7 @@
 #include "locate/CornerCandidateFinder.h"
 #include "locate/IntConversion.h"
 #include "locate/RegularSFRLocate.h"
+#include "locate/SubPixStop.h"
 
 namespace RegularSFR {
 
@@ -64,9 +65,8 @@ bool RegularSFRLocate::refineCorners() {
             p = cv::Point2f(static_cast<float>(p.x / scale), static_cast<float>(p.y / scale));
         }
         const int window = truncateToInt(5.0 / scale);
-        cv::cornerSubPix(
-            sourceImage, positions, cv::Size(window, window), cv::Size(-1, -1),
-            cv::TermCriteria(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, 40, 0.01));
+        cv::cornerSubPix(sourceImage, positions, cv::Size(window, window), cv::Size(-1, -1),
+                         subPixStop());
     }
     for (std::size_t i = 0; i < corners.size(); ++i) {
         corners[i].x = positions[i].x;

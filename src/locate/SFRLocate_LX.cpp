@@ -12,19 +12,20 @@ namespace RegularSFR {
 
 namespace {
 
-const cv::Point2f kMarkReference(talonvireo::locate::kMarkReferenceX,
-                                 talonvireo::locate::kMarkReferenceY);
+cv::Point2f markReference() {
+    return {talonvireo::locate::kMarkReferenceX, talonvireo::locate::kMarkReferenceY};
+}
 
 }  // namespace
 
 void SFRLocate_LX::locate() {
     locateLayout(*this, talonvireo::locate::kLxRows, talonvireo::locate::kLxQuadReference);
-    searchMarks(kMarkReference);
+    searchMarks(markReference());
 }
 
 void SFRLocate_LX2::locate() {
     locateLayout(*this, talonvireo::locate::kLx2Rows, talonvireo::locate::kLxQuadReference);
-    searchMarks(kMarkReference);
+    searchMarks(markReference());
 }
 
 void SFRLocate_LX::searchMarks(cv::Point2f reference) {
