@@ -4,5 +4,8 @@
 #pragma once
 
 #include "talonvireo/Export.h"
+#include "talonvireo/FrameMeasurement.h"
+#include "talonvireo/MeasurementRecords.h"
 #include "talonvireo/PixelFormat.h"
+#include "talonvireo/ProjectLocate.h"
 #include "talonvireo/RegionSfr.h"

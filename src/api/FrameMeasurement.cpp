@@ -1,0 +1,111 @@
+// The thirteen whole-frame measurement members: each one row of choices for the shared body.
+#include "talonvireo/FrameMeasurement.h"
+
+#include "api/InternalLocate.h"
+#include "api/MeasurementPipeline.h"
+#include "talonvireo/ProjectLocate.h"
+
+namespace talonvireo {
+
+namespace {
+using api::GreyRoad;
+using api::LocatePair;
+using api::measureFrame;
+using api::RegionRule;
+using convert::RawConverter;
+
+using K31Pair = LocatePair<K31R22BX::Param, K31R22BX::Result, 34>;
+using K74Pair = LocatePair<K74T16BX::Param, K74T16BX::Result, 26>;
+using K83Pair = LocatePair<K83P09BQ::Param, K83P09BQ::Result, 26>;
+
+constexpr K31Pair kK31R22BX{&K31R22BX::SFRLocate_K31R22BX, &K31R22BX::SFRLocate_K31R22BX_2};
+constexpr K74Pair kK74T16BX{&K74T16BX::SFRLocate_K74T16BX, &K74T16BX::SFRLocate_K74T16BX_2};
+constexpr K74Pair kMap8k{&api::locateMap8k, &api::locateMap8k2};
+constexpr K74Pair kHlx6c{&api::locateHlx6c, &api::locateHlx6c2};
+constexpr K74Pair kHlx6c8k{&api::locateHlx6c8k, &api::locateHlx6c8k2};
+constexpr K83Pair kK83P09BQ{&K83P09BQ::SFRLocate_K83P09BQ, &K83P09BQ::SFRLocate_K83P09BQ_2};
+
+// The RQ8 members' body owns the converter it is handed; an empty one fails the call.
+int measureRq8(unsigned char* img, int width, int height, const SFRParam& param,
+               SFRResult_HLX5& result, RawConverter converter) {
+    return measureFrame(converter, GreyRoad::kDemosaic17, kK83P09BQ, RegionRule::kForced90, img,
+                        width, height, param, result);
+}
+}  // namespace
+
+int talonvireoSFR(unsigned char* img, int width, int height, const SFRParam& param,
+                  SFRResult& result) {
+    return measureFrame(convert::unpackRaw10, GreyRoad::kImageTransform, kK31R22BX,
+                        RegionRule::kRoiSize, img, width, height, param, result);
+}
+
+int talonvireoSFR(unsigned char* img, int width, int height, const SFRParam& param,
+                  SFRResult_HLX5& result) {
+    return measureFrame(convert::unpackRaw10, GreyRoad::kImageTransform, kK74T16BX,
+                        RegionRule::kRoiSize, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw14(unsigned char* img, int width, int height, const SFRParam& param,
+                        SFRResult& result) {
+    return measureFrame(convert::unpackRaw14, GreyRoad::kImageTransform, kK31R22BX,
+                        RegionRule::kRoiSize, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw14(unsigned char* img, int width, int height, const SFRParam& param,
+                        SFRResult_HLX5& result) {
+    return measureFrame(convert::unpackRaw14, GreyRoad::kImageTransform, kK74T16BX,
+                        RegionRule::kRoiSize, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw16(unsigned char* img, int width, int height, const SFRParam& param,
+                        SFRResult_HLX5& result) {
+    return measureFrame(convert::unpackRaw16, GreyRoad::kImageTransform, kK74T16BX,
+                        RegionRule::kRoiSize, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw16_HLX5_8K(unsigned char* img, int width, int height, const SFRParam& param,
+                                SFRResult_HLX5& result) {
+    return measureFrame(convert::unpackRaw16, GreyRoad::kImageTransform, kMap8k,
+                        RegionRule::kRoiSize, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw10_HLX6C(unsigned char* img, int width, int height, const SFRParam& param,
+                              SFRResult_HLX5& result) {
+    return measureFrame(convert::unpackRaw10, GreyRoad::kDemosaic17, kHlx6c,
+                        RegionRule::kFixedSecondSet, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw14_HLX6C(unsigned char* img, int width, int height, const SFRParam& param,
+                              SFRResult_HLX5& result) {
+    return measureFrame(convert::unpackRaw14, GreyRoad::kDemosaic17, kHlx6c,
+                        RegionRule::kFixedSecondSet, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw16_HLX6C(unsigned char* img, int width, int height, const SFRParam& param,
+                              SFRResult_HLX5& result) {
+    return measureFrame(convert::unpackRaw16, GreyRoad::kDemosaic17, kHlx6c,
+                        RegionRule::kFixedSecondSet, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw16_HLX6C_8K(unsigned char* img, int width, int height, const SFRParam& param,
+                                 SFRResult_HLX5& result) {
+    return measureFrame(convert::unpackRaw16, GreyRoad::kDemosaic17, kHlx6c8k,
+                        RegionRule::kFixedSecondSet, img, width, height, param, result);
+}
+
+int talonvireoSFR_raw10_RQ8(unsigned char* img, int width, int height, const SFRParam& param,
+                            SFRResult_HLX5& result) {
+    return measureRq8(img, width, height, param, result, convert::unpackRaw10);
+}
+
+int talonvireoSFR_raw14_RQ8(unsigned char* img, int width, int height, const SFRParam& param,
+                            SFRResult_HLX5& result) {
+    return measureRq8(img, width, height, param, result, convert::unpackRaw14);
+}
+
+int talonvireoSFR_raw16_RQ8(unsigned char* img, int width, int height, const SFRParam& param,
+                            SFRResult_HLX5& result) {
+    return measureRq8(img, width, height, param, result, convert::unpackRaw16);
+}
+
+}  // namespace talonvireo

@@ -1,0 +1,130 @@
+// The one body behind every whole-frame measurement member. The members differ only in
+// data: the raw converter, the road to grey, the pair of locate functions and their edge
+// count, the result record and the region rule.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <exception>
+
+#include <opencv2/core.hpp>
+
+#include "convert/Demosaic.h"
+#include "convert/ImageTransform.h"
+#include "convert/RawUnpack.h"
+#include "locate/IntConversion.h"
+#include "talonvireo/MeasurementRecords.h"
+#include "talonvireo/RegionSfr.h"
+
+namespace talonvireo {
+namespace api {
+
+enum class GreyRoad {
+    kImageTransform,  // ImageTransform's mosaic-to-grey operation, mode 0
+    kDemosaic17,      // demosaicToGrey at pixel format 17 (8-bit mosaic)
+};
+
+enum class RegionRule {
+    kRoiSize,         // every region roiSize square
+    kFixedSecondSet,  // the second layout's regions 90 square whatever roiSize says
+    kForced90,        // roiSize forced to 90 in the caller's record; markSearchSize >= 90
+};
+
+// Two locate functions run one after the other, each filling `Edges` centres.
+template <class ParamT, class ResultT, int Edges>
+struct LocatePair {
+    using Param = ParamT;
+    using Result = ResultT;
+    using Locate = int (*)(unsigned char*, int, int, Param, Result&);
+    Locate first;
+    Locate second;
+    static constexpr int kEdges = Edges;
+};
+
+inline constexpr int kFixedRegion = 90;
+inline constexpr int kPixelFormatMosaic8 = 17;
+inline constexpr int kPixelFormatGrey8 = 256;
+
+// 0, or -1 (input, parameters, any exception), -2 (not located, region off the left or top),
+// -3 (a region not measured). `result` is written once, at the end, and only on success.
+template <class Record, class Pair>
+int measureFrame(const convert::RawConverter& unpack, GreyRoad road, const Pair& pair,
+                 RegionRule rule, unsigned char* img, int width, int height, const SFRParam& param,
+                 Record& result) {
+    constexpr int n = Pair::kEdges;
+    static_assert(sizeof(Record) == 2 * n * sizeof(SFREdgeResult), "two sets of n entries");
+    try {
+        if (rule == RegionRule::kForced90) {
+            // The caller's record changes, const or not: these members have always told
+            // the caller the region size they used this way.
+            const_cast<SFRParam&>(param).roiSize = kFixedRegion;
+        }
+        if (img == nullptr || static_cast<std::int64_t>(width) * height == 0) {
+            return -1;
+        }
+        const cv::Mat raw(height, width, CV_16UC1, img);  // borrowed; negative sizes throw
+        const int roiSize = param.roiSize;
+        const int mark = param.markSearchSize;
+        if (rule == RegionRule::kForced90) {
+            if (mark < 1 || mark > width / 2 || mark < kFixedRegion) {
+                return -1;
+            }
+        } else if (roiSize < 1 || mark < 1 || mark > width / 2 || roiSize > mark) {
+            return -1;
+        }
+
+        cv::Mat mosaic(height, width, CV_8UC1);
+        unpack(raw.ptr<unsigned short>(), mosaic.data, raw.size());
+        cv::Mat grey(height, width, CV_8UC1);
+        // The conversion's own status is not looked at: grey holds whatever it wrote.
+        if (road == GreyRoad::kDemosaic17) {
+            convert::demosaicToGrey(mosaic.data, width, height, kPixelFormatMosaic8, grey.data);
+        } else {
+            libs::TalonUtil::ImageTransform transform;
+            transform.mosaicToGrey(mosaic.data, grey.data, width, height, 0);
+        }
+
+        typename Pair::Result located[2] = {};
+        const typename Pair::Param locateParam{mark};
+        if (pair.first(grey.data, grey.cols, grey.rows, locateParam, located[0]) != 0 ||
+            pair.second(grey.data, grey.cols, grey.rows, locateParam, located[1]) != 0) {
+            return -2;
+        }
+
+        Record local{};
+        for (int set = 0; set < 2; ++set) {
+            for (int k = 0; k < n; ++k) {
+                local.edges[set * n + k].x = RegularSFR::truncateToInt(located[set].centres[k].x);
+                local.edges[set * n + k].y = RegularSFR::truncateToInt(located[set].centres[k].y);
+            }
+        }
+        tagSFRResult sfr{};
+        for (int i = 0; i < 2 * n; ++i) {
+            SFREdgeResult& entry = local.edges[i];
+            sfr.nyquistDivisor = static_cast<double>(param.freqDivisor);
+            const bool fixed = rule == RegionRule::kFixedSecondSet && i >= n;
+            const int side = fixed ? kFixedRegion : roiSize;
+            const int left = entry.x - side / 2;
+            const int top = entry.y - side / 2;
+            // Only the top-left corner and the side are tested; a region past the right or
+            // bottom border fails OpenCV's sub-region check below, an exception.
+            if (left < 0 || top < 0 || side > grey.cols || side > grey.rows) {
+                return -2;
+            }
+            cv::Mat region = grey(cv::Rect(left, top, side, side)).clone();
+            if (TalonCalSFR(region.data, region.cols, region.rows, kPixelFormatGrey8, sfr) != 0) {
+                return -3;
+            }
+            entry.sfrHalfNyquist = static_cast<float>(sfr.sfrHalfNyquist[0]);
+            entry.sfrQuarterNyquist = static_cast<float>(sfr.sfrQuarterNyquist[0]);
+            entry.sfrCustom = static_cast<float>(sfr.sfrCustom[0]);
+        }
+        std::memcpy(&result, &local, sizeof(Record));
+        return 0;
+    } catch (const std::exception&) {
+        return -1;
+    }
+}
+
+}  // namespace api
+}  // namespace talonvireo
