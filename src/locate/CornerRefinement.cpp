@@ -6,22 +6,10 @@
 #include "locate/CornerCandidateFinder.h"
 #include "locate/IntConversion.h"
 #include "locate/RegularSFRLocate.h"
+#include "locate/SearchWindow.h"
 #include "locate/SubPixStop.h"
 
 namespace RegularSFR {
-
-namespace {
-
-// Clips a projected search window to [0, limit] the way the locator always has: a value at
-// or below 0 becomes 0, one at or beyond the limit becomes the limit, then it truncates.
-int clipLow(float v) {
-    return v <= 0.0f ? 0 : truncateToInt(v);
-}
-int clipHigh(float v, int limit) {
-    return v >= static_cast<float>(limit) ? limit : truncateToInt(v);
-}
-
-}  // namespace
 
 std::size_t RegularSFRLocate::sameCornerBefore(std::size_t i) const {
     for (std::size_t j = 0; j < i; ++j) {
@@ -50,9 +38,7 @@ bool RegularSFRLocate::refineCorners() {
             continue;
         }
         const cv::Point2f p = projectChartPoint(perspective, corner.chartX, corner.chartY);
-        const cv::Rect region(
-            cv::Point(clipLow(p.x - half), clipLow(p.y - half)),
-            cv::Point(clipHigh(p.x + half, workImage.cols), clipHigh(p.y + half, workImage.rows)));
+        const cv::Rect region = clippedWindow(p.x, p.y, static_cast<float>(half), workImage.size());
         // A window wholly outside the image fails OpenCV's region check: an exception.
         CornerCandidateFinder finder(workImage(region), markSearchSize);
         cv::Point hint(truncateToInt(p.x - region.x), truncateToInt(p.y - region.y));

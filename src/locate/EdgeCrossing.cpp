@@ -8,18 +8,13 @@
 #include "locate/IntConversion.h"
 #include "locate/OtsuThreshold.h"
 #include "locate/RegularSFRLocate.h"
+#include "locate/SearchWindow.h"
 
 namespace RegularSFR {
 
 namespace {
 
 constexpr int kRingMargin = 10;  // pixels of region beyond the ring
-
-cv::Mat ringImage(cv::Size size, cv::Point centre, int radius) {
-    cv::Mat ring = cv::Mat::zeros(size, CV_8UC1);
-    cv::circle(ring, centre, radius, cv::Scalar(1), 1, cv::LINE_8, 0);
-    return ring;
-}
 
 }  // namespace
 
@@ -38,13 +33,7 @@ bool RegularSFRLocate::findEdgeCrossing(ChartEdge& edge, int radius) {
     const float cx = corners[edge.corner0].x;
     const float cy = corners[edge.corner0].y;
     const float reach = static_cast<float>(r) + kRingMargin;
-    float left = cx - reach, top = cy - reach, right = cx + reach, bottom = cy + reach;
-    left = left <= 0.0f ? 0.0f : left;
-    top = top <= 0.0f ? 0.0f : top;
-    right = right >= static_cast<float>(sourceImage.cols) ? sourceImage.cols : right;
-    bottom = bottom >= static_cast<float>(sourceImage.rows) ? sourceImage.rows : bottom;
-    const cv::Rect region(cv::Point(truncateToInt(left), truncateToInt(top)),
-                          cv::Point(truncateToInt(right), truncateToInt(bottom)));
+    const cv::Rect region = clippedWindow(cx, cy, reach, sourceImage.size());
     const cv::Mat roi = sourceImage(region).clone();
     if (roi.empty()) {
         return false;
@@ -53,7 +42,8 @@ bool RegularSFRLocate::findEdgeCrossing(ChartEdge& edge, int radius) {
     if (centre.inside(cv::Rect(cv::Point(), roi.size())) && r > roi.cols + roi.rows) {
         return false;  // the whole region lies inside the ring: it crosses nothing
     }
-    const cv::Mat ring = ringImage(roi.size(), centre, r);
+    cv::Mat ring = cv::Mat::zeros(roi.size(), CV_8UC1);
+    cv::circle(ring, centre, r, cv::Scalar(1), 1, cv::LINE_8, 0);
 
     std::vector<unsigned char> samples;
     for (int y = 0; y < ring.rows; ++y) {
@@ -94,7 +84,7 @@ bool RegularSFRLocate::findEdgeCrossing(ChartEdge& edge, int radius) {
     cv::Mat boundary;
     cv::adaptiveThreshold(filled, boundary, 1.0, cv::ADAPTIVE_THRESH_MEAN_C, cv::THRESH_BINARY, 3,
                           0.0);
-    const cv::Mat crossing = ringImage(roi.size(), centre, r) + boundary;
+    const cv::Mat crossing = ring + boundary;  // 2 where ring and boundary meet
 
     std::vector<cv::Point> points;
     for (int y = 0; y < crossing.rows; ++y) {
