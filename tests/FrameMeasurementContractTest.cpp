@@ -11,14 +11,17 @@
 #include <tuple>
 #include <vector>
 
+#include "ChartFrames.h"
 #include "render/ChartDesign.h"
-#include "render/ChartRenderer.h"
 #include "render/ChartTruth.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
 using namespace talonvireo;
 using render::ChartProject;
+using talonvireo::testing::ChartFrame;
+using talonvireo::testing::renderGreyChart;
+using talonvireo::testing::renderRawChart;
 
 using HlxMember = int (*)(unsigned char*, int, int, const SFRParam&, SFRResult_HLX5&);
 using FullMember = int (*)(unsigned char*, int, int, const SFRParam&, SFRResult&);
@@ -57,15 +60,6 @@ template <class T>
 bool untouched(const T& value) {
     const T expected = sentinel<T>();
     return std::memcmp(&value, &expected, sizeof(T)) == 0;
-}
-
-cv::Mat rawChart(ChartProject project, int bits, const render::ChartTransform& placement = {}) {
-    const render::ChartDesign design = render::designChart(project);
-    render::ChartExposure exposure;
-    exposure.bayer = true;
-    exposure.bits = bits;
-    return render::exposeChart(render::chartCoverage(design.squares, placement, 0.8, 4000, 3000),
-                               exposure);
 }
 
 // ---- Inputs and validation ----
@@ -157,7 +151,7 @@ TEST(FrameMeasurementContract, RQ8MembersLeaveRoiSizeAtNinetyAfterEveryCall) {
 // ---- Successful calls ----
 
 TEST(FrameMeasurementContract, ASuccessfulCallFillsEveryEntryAndNoDivisorMeansNoCustomFigure) {
-    cv::Mat raw = rawChart(ChartProject::HLX6C, 10);
+    cv::Mat raw = renderRawChart(ChartProject::HLX6C, 10);
     SFRResult_HLX5 result = sentinel<SFRResult_HLX5>();
     ASSERT_EQ(talonvireoSFR_raw10_HLX6C(raw.data, 4000, 3000, SFRParam{0.0f, 80, 100}, result), 0);
     for (const SFREdgeResult& e : result.edges) {
@@ -168,7 +162,7 @@ TEST(FrameMeasurementContract, ASuccessfulCallFillsEveryEntryAndNoDivisorMeansNo
         EXPECT_EQ(e.sfrCustom, 0.0f);
     }
 
-    cv::Mat k31 = rawChart(ChartProject::K31R22BX, 10);
+    cv::Mat k31 = renderRawChart(ChartProject::K31R22BX, 10);
     SFRResult full = sentinel<SFRResult>();
     ASSERT_EQ(talonvireoSFR(k31.data, 4000, 3000, SFRParam{0.0f, 80, 100}, full), 0);
     for (const SFREdgeResult& e : full.edges) {
@@ -179,7 +173,7 @@ TEST(FrameMeasurementContract, ASuccessfulCallFillsEveryEntryAndNoDivisorMeansNo
 }
 
 TEST(FrameMeasurementContract, HLX6CSecondSetRegionsAreNinetyWhateverRoiSizeSays) {
-    cv::Mat raw = rawChart(ChartProject::HLX6C, 10);
+    cv::Mat raw = renderRawChart(ChartProject::HLX6C, 10);
     SFRResult_HLX5 small{}, large{};
     ASSERT_EQ(talonvireoSFR_raw10_HLX6C(raw.data, 4000, 3000, SFRParam{4.0f, 60, 100}, small), 0);
     ASSERT_EQ(talonvireoSFR_raw10_HLX6C(raw.data, 4000, 3000, SFRParam{4.0f, 100, 100}, large), 0);
@@ -201,7 +195,7 @@ TEST(FrameMeasurementContract, ACentreNearTheLeftBorderIsMinusTwoNearTheRightMin
     // x = 155. Moved 120 px left it sits 35 px from the border: a region of 80 starts at -5.
     render::ChartTransform left;
     left.shiftX = -120.0;
-    cv::Mat moved = rawChart(ChartProject::K74T16BX, 16, left);
+    cv::Mat moved = renderRawChart(ChartProject::K74T16BX, 16, 4000, 3000, left);
     SFRResult_HLX5 result = sentinel<SFRResult_HLX5>();
     EXPECT_EQ(talonvireoSFR_raw16(moved.data, 4000, 3000, SFRParam{4.0f, 80, 100}, result), -2);
     EXPECT_TRUE(untouched(result));
@@ -216,7 +210,7 @@ TEST(FrameMeasurementContract, ACentreNearTheLeftBorderIsMinusTwoNearTheRightMin
         }
     }
     const int width = static_cast<int>(rightmost) + 20;
-    cv::Mat cut = rawChart(ChartProject::K74T16BX, 16)(cv::Rect(0, 0, width, 3000)).clone();
+    cv::Mat cut = renderRawChart(ChartProject::K74T16BX, 16)(cv::Rect(0, 0, width, 3000)).clone();
     EXPECT_EQ(talonvireoSFR_raw16(cut.data, width, 3000, SFRParam{4.0f, 80, 100}, result), -1);
     EXPECT_TRUE(untouched(result));
 }
@@ -229,10 +223,10 @@ TEST(FrameMeasurementContract, FourThreadsAtOnceGiveExactlyTheSequentialResults)
     };
     std::vector<Job> jobs;
     const SFRParam param{4.0f, 80, 100};
-    jobs.push_back({rawChart(ChartProject::HLX6C, 10), {}});
-    jobs.push_back({rawChart(ChartProject::K83P09BQ, 16), {}});
-    jobs.push_back({rawChart(ChartProject::K74T16BX, 14), {}});
-    jobs.push_back({rawChart(ChartProject::K31R22BX, 10), {}});
+    jobs.push_back({renderRawChart(ChartProject::HLX6C, 10), {}});
+    jobs.push_back({renderRawChart(ChartProject::K83P09BQ, 16), {}});
+    jobs.push_back({renderRawChart(ChartProject::K74T16BX, 14), {}});
+    jobs.push_back({renderRawChart(ChartProject::K31R22BX, 10), {}});
     jobs[0].run = [&](SFRResult_HLX5& r, SFRResult&) {
         return talonvireoSFR_raw10_HLX6C(jobs[0].raw.data, 4000, 3000, param, r);
     };
@@ -303,10 +297,10 @@ TEST(ProjectLocate, NoChartFoundReturnsZeroAndWritesNothing) {
     EXPECT_TRUE(untouched(c));
     // The chart is there and its corners are placed, but with a mark size of 0 no ring can
     // be drawn: the first edge is not found, the read-out is empty, and the call returns 0.
-    const render::ChartDesign design = render::designChart(ChartProject::K74T16BX);
-    render::ChartExposure exposure;
-    cv::Mat grey =
-        render::exposeChart(render::chartCoverage(design.squares, {}, 0.8, 4000, 3000), exposure);
+    ChartFrame map;
+    map.project = ChartProject::K74T16BX;
+    map.sigma = 0.8;
+    cv::Mat grey = renderGreyChart(map);
     K74T16BX::Result d = sentinel<K74T16BX::Result>();
     EXPECT_EQ(K74T16BX::SFRLocate_K74T16BX(grey.data, 4000, 3000, {0}, d), 0);
     EXPECT_TRUE(untouched(d));
@@ -314,11 +308,10 @@ TEST(ProjectLocate, NoChartFoundReturnsZeroAndWritesNothing) {
 
 TEST(ProjectLocate, K31R22BXPlacesLocatedEdgesThroughItsReorderingTables) {
     const render::ChartDesign design = render::designChart(ChartProject::K31R22BX);
-    render::ChartExposure exposure;
-    exposure.light = 200.0 / 255.0;
-    exposure.dark = 40.0 / 255.0;
-    cv::Mat grey =
-        render::exposeChart(render::chartCoverage(design.squares, {}, 0.8, 4000, 3000), exposure);
+    ChartFrame frame;
+    frame.project = ChartProject::K31R22BX;
+    frame.sigma = 0.8;
+    cv::Mat grey = renderGreyChart(frame);
     const auto centreOf = [&](int layout, int edge) {
         const render::LayoutTruth truth = render::layoutTruth(design, layout, {});
         return render::edgeCentre(design, truth, truth.edges[edge], {}, 100);

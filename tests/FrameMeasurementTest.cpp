@@ -7,11 +7,11 @@
 #include <cstring>
 #include <functional>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
+#include "ChartFrames.h"
 #include "render/ChartDesign.h"
-#include "render/ChartRenderer.h"
 #include "render/ChartTruth.h"
 #include "render/SfrTruth.h"
 #include "talonvireo/talonVireoSFR.h"
@@ -29,16 +29,6 @@ const int kFirstOrder[34] = {1,  2,  3,  4,  8,  7,  5,  6,  10, 9,  14, 13, 18,
                              19, 28, 27, 32, 31, 29, 30, 34, 33, 24, 23, 11, 12, 26, 25, 22, 21};
 const int kSecondOrder[34] = {2,  1,  3,  4,  5,  6,  10, 9,  8,  7,  13, 14, 15, 16, 20, 19, 18,
                               17, 26, 25, 11, 12, 23, 24, 22, 21, 27, 28, 29, 30, 34, 33, 32, 31};
-
-// A raw frame of the project's chart: Bayer R G mosaic, `bits` significant bits.
-cv::Mat rawChart(ChartProject project, int bits, int width, int height) {
-    const render::ChartDesign design = render::designChart(project);
-    render::ChartExposure exposure;
-    exposure.bayer = true;
-    exposure.bits = bits;
-    return render::exposeChart(render::chartCoverage(design.squares, {}, kSigma, width, height),
-                               exposure);
-}
 
 struct Expected {
     cv::Point2d centre;
@@ -96,7 +86,7 @@ constexpr Tolerance kEdgeDirectedRoad{0.06, 0.10, -1};
 template <class Record>
 Worst measureAgainstTruth(const Member<Record>& member, ChartProject project, int bits, int width,
                           int height, int roiSize, const Tolerance& tolerance) {
-    cv::Mat raw = rawChart(project, bits, width, height);
+    cv::Mat raw = talonvireo::testing::renderRawChart(project, bits, width, height, {}, kSigma);
     SFRParam param{4.0f, roiSize, kMark};
     Record result{};
     const int status = member(raw.data, width, height, param, result);
@@ -138,59 +128,63 @@ Worst measureAgainstTruth(const Member<Record>& member, ChartProject project, in
 
 // ---- End to end, every member on its chart ----
 
-TEST(FrameMeasurement, TenBitK31R22BXFillsAll68Entries) {
-    measureAgainstTruth<SFRResult>([](auto&&... a) { return talonvireoSFR(a...); },
-                                   ChartProject::K31R22BX, 10, 4000, 3000, 80, kEdgeDirectedRoad);
+struct MemberCase {
+    std::string name;
+    std::function<Worst()> run;
+};
+
+template <class Record>
+MemberCase memberCase(std::string name, Member<Record> member, ChartProject project, int bits,
+                      int width, int height, const Tolerance& road) {
+    return {std::move(name), [=] {
+                return measureAgainstTruth<Record>(member, project, bits, width, height, 80, road);
+            }};
 }
-TEST(FrameMeasurement, TenBitK74T16BXFillsAll52Entries) {
-    measureAgainstTruth<SFRResult_HLX5>([](auto&&... a) { return talonvireoSFR(a...); },
-                                        ChartProject::K74T16BX, 10, 4000, 3000, 80,
-                                        kEdgeDirectedRoad);
+
+// Each member on its chart, samples of its depth, 4000 x 3000 or 7680 x 4320 for the 8K ones.
+std::vector<MemberCase> memberCases() {
+    using P = ChartProject;
+    const auto full10 = [](auto&&... a) { return talonvireoSFR(a...); };
+    const auto full14 = [](auto&&... a) { return talonvireoSFR_raw14(a...); };
+    return {
+        memberCase<SFRResult>("TenBitK31R22BX", full10, P::K31R22BX, 10, 4000, 3000,
+                              kEdgeDirectedRoad),
+        memberCase<SFRResult_HLX5>("TenBitK74T16BX", full10, P::K74T16BX, 10, 4000, 3000,
+                                   kEdgeDirectedRoad),
+        memberCase<SFRResult>("FourteenBitK31R22BX", full14, P::K31R22BX, 14, 4000, 3000,
+                              kEdgeDirectedRoad),
+        memberCase<SFRResult_HLX5>("FourteenBitK74T16BX", full14, P::K74T16BX, 14, 4000, 3000,
+                                   kEdgeDirectedRoad),
+        memberCase<SFRResult_HLX5>("SixteenBitK74T16BX", talonvireoSFR_raw16, P::K74T16BX, 16, 4000,
+                                   3000, kEdgeDirectedRoad),
+        memberCase<SFRResult_HLX5>("SixteenBitK74T16BXOn8KFrames", talonvireoSFR_raw16_HLX5_8K,
+                                   P::K74T16BX, 16, 7680, 4320, kEdgeDirectedRoad),
+        memberCase<SFRResult_HLX5>("TenBitHLX6C", talonvireoSFR_raw10_HLX6C, P::HLX6C, 10, 4000,
+                                   3000, kMalvarRoad),
+        memberCase<SFRResult_HLX5>("FourteenBitHLX6C", talonvireoSFR_raw14_HLX6C, P::HLX6C, 14,
+                                   4000, 3000, kMalvarRoad),
+        memberCase<SFRResult_HLX5>("SixteenBitHLX6C", talonvireoSFR_raw16_HLX6C, P::HLX6C, 16, 4000,
+                                   3000, kMalvarRoad),
+        memberCase<SFRResult_HLX5>("SixteenBitHLX6COn8KFrames", talonvireoSFR_raw16_HLX6C_8K,
+                                   P::HLX6C, 16, 7680, 4320, kMalvarRoad),
+        memberCase<SFRResult_HLX5>("TenBitRQ8", talonvireoSFR_raw10_RQ8, P::K83P09BQ, 10, 4000,
+                                   3000, kMalvarRoad),
+        memberCase<SFRResult_HLX5>("FourteenBitRQ8", talonvireoSFR_raw14_RQ8, P::K83P09BQ, 14, 4000,
+                                   3000, kMalvarRoad),
+        memberCase<SFRResult_HLX5>("SixteenBitRQ8", talonvireoSFR_raw16_RQ8, P::K83P09BQ, 16, 4000,
+                                   3000, kMalvarRoad),
+    };
 }
-TEST(FrameMeasurement, FourteenBitK31R22BX) {
-    measureAgainstTruth<SFRResult>([](auto&&... a) { return talonvireoSFR_raw14(a...); },
-                                   ChartProject::K31R22BX, 14, 4000, 3000, 80, kEdgeDirectedRoad);
+
+class FrameMeasurement : public ::testing::TestWithParam<MemberCase> {};
+
+TEST_P(FrameMeasurement, LocatesAndMeasuresEveryEdgeAgainstTruth) {
+    GetParam().run();
 }
-TEST(FrameMeasurement, FourteenBitK74T16BX) {
-    measureAgainstTruth<SFRResult_HLX5>([](auto&&... a) { return talonvireoSFR_raw14(a...); },
-                                        ChartProject::K74T16BX, 14, 4000, 3000, 80,
-                                        kEdgeDirectedRoad);
-}
-TEST(FrameMeasurement, SixteenBitK74T16BX) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw16, ChartProject::K74T16BX, 16, 4000, 3000,
-                                        80, kEdgeDirectedRoad);
-}
-TEST(FrameMeasurement, SixteenBitK74T16BXOn8KFrames) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw16_HLX5_8K, ChartProject::K74T16BX, 16,
-                                        7680, 4320, 80, kEdgeDirectedRoad);
-}
-TEST(FrameMeasurement, TenBitHLX6C) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw10_HLX6C, ChartProject::HLX6C, 10, 4000,
-                                        3000, 80, kMalvarRoad);
-}
-TEST(FrameMeasurement, FourteenBitHLX6C) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw14_HLX6C, ChartProject::HLX6C, 14, 4000,
-                                        3000, 80, kMalvarRoad);
-}
-TEST(FrameMeasurement, SixteenBitHLX6C) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw16_HLX6C, ChartProject::HLX6C, 16, 4000,
-                                        3000, 80, kMalvarRoad);
-}
-TEST(FrameMeasurement, SixteenBitHLX6COn8KFrames) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw16_HLX6C_8K, ChartProject::HLX6C, 16, 7680,
-                                        4320, 80, kMalvarRoad);
-}
-TEST(FrameMeasurement, TenBitRQ8) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw10_RQ8, ChartProject::K83P09BQ, 10, 4000,
-                                        3000, 80, kMalvarRoad);
-}
-TEST(FrameMeasurement, FourteenBitRQ8) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw14_RQ8, ChartProject::K83P09BQ, 14, 4000,
-                                        3000, 80, kMalvarRoad);
-}
-TEST(FrameMeasurement, SixteenBitRQ8) {
-    measureAgainstTruth<SFRResult_HLX5>(talonvireoSFR_raw16_RQ8, ChartProject::K83P09BQ, 16, 4000,
-                                        3000, 80, kMalvarRoad);
-}
+
+INSTANTIATE_TEST_SUITE_P(EveryMember, FrameMeasurement, ::testing::ValuesIn(memberCases()),
+                         [](const ::testing::TestParamInfo<MemberCase>& info) {
+                             return info.param.name;
+                         });
 
 }  // namespace

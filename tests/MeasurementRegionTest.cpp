@@ -3,22 +3,17 @@
 // region's left and top.
 #include <gtest/gtest.h>
 
+#include "ChartFrames.h"
+
 #include "convert/Demosaic.h"
 #include "convert/RawUnpack.h"
-#include "render/ChartDesign.h"
-#include "render/ChartRenderer.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
 using namespace talonvireo;
 
 TEST(MeasurementRegion, AnOddRoiSizePutsTheCentreAtHalfTheSideTruncated) {
-    const render::ChartDesign design = render::designChart(render::ChartProject::HLX6C);
-    render::ChartExposure exposure;
-    exposure.bayer = true;
-    exposure.bits = 10;
-    cv::Mat raw =
-        render::exposeChart(render::chartCoverage(design.squares, {}, 0.8, 4000, 3000), exposure);
+    cv::Mat raw = talonvireo::testing::renderRawChart(render::ChartProject::HLX6C, 10);
     SFRResult_HLX5 result{};
     ASSERT_EQ(talonvireoSFR_raw10_HLX6C(raw.data, 4000, 3000, SFRParam{4.0f, 81, 100}, result), 0);
 

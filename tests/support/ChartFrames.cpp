@@ -24,6 +24,16 @@ cv::Mat renderGreyChart(const ChartFrame& frame) {
                   frame.noise, frame.seed);
 }
 
+cv::Mat renderRawChart(render::ChartProject project, int bits, int width, int height,
+                       const render::ChartTransform& placement, double sigma) {
+    const render::ChartDesign design = render::designChart(project);
+    render::ChartExposure exposure;
+    exposure.bayer = true;
+    exposure.bits = bits;
+    return render::exposeChart(
+        render::chartCoverage(design.squares, placement, sigma, width, height), exposure);
+}
+
 cv::Mat renderGreySquares(const std::vector<render::ChartSquare>& squares, int width, int height,
                           double sigma) {
     return expose(render::chartCoverage(squares, {}, sigma, width, height), 0.0, 1);
