@@ -9,3 +9,4 @@
 #include "talonvireo/PixelFormat.h"
 #include "talonvireo/ProjectLocate.h"
 #include "talonvireo/RegionSfr.h"
+#include "talonvireo/SfrCurve.h"

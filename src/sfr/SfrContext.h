@@ -24,6 +24,14 @@ struct EdgeLine {
     double intercept = 0.0;
 };
 
+// What one channel's tables were computed from, kept for the curve-level read-out.
+struct ChannelProfile {
+    std::vector<double> esf;  // edge spread, quarter-pixel bins along the edge normal
+    std::vector<double> lsf;  // its derivative, centred and Hamming-windowed
+    double edgeAngle = 0.0;   // degrees
+    double delfac = 1.0;
+};
+
 struct SfrContext {
     int sixteenBit = 0;  // 1 when the region's samples are 16-bit
     cv::Mat region;      // private deep copy of the region, all channels
@@ -35,8 +43,9 @@ struct SfrContext {
     double delfac = 1.0;               // cos(atan(slope))
     std::vector<SfrRecord> freqTable;  // cycles per pixel, divided by delfac
     std::vector<SfrRecord> sfrTable;
-    double nyquist = 0.0;    // 1 / (2 delfac)
-    double edgeAngle = 0.0;  // degrees
+    double nyquist = 0.0;                  // 1 / (2 delfac)
+    double edgeAngle = 0.0;                // degrees
+    std::vector<ChannelProfile> profiles;  // index = channel, filled as tables are written
     int status = 0;
 };
 

@@ -45,6 +45,10 @@ int writeChannelTables(SfrContext& ctx, int channel) {
         ctx.freqTable[k][channel] = k * static_cast<double>(kOversampling) / (n * ctx.delfac);
         ctx.sfrTable[k][channel] = magnitude[k] / magnitude[0] * correct[k];
     }
+    if (ctx.profiles.size() <= static_cast<size_t>(channel)) {
+        ctx.profiles.resize(static_cast<size_t>(channel) + 1);
+    }
+    ctx.profiles[static_cast<size_t>(channel)] = {esf, lsf, ctx.edgeAngle, ctx.delfac};
     return kSfrOk;
 }
 
