@@ -12,8 +12,7 @@
 
 #include "ChartFrames.h"
 #include "render/ChartDesign.h"
-#include "render/ChartTruth.h"
-#include "render/SfrTruth.h"
+#include "render/RecordTruth.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
@@ -22,40 +21,6 @@ using render::ChartProject;
 
 constexpr double kSigma = 0.8;
 constexpr int kMark = 100;
-
-// Result slots of the K31R22BX layouts' edges, 1-based, as the chart's documentation lists
-// them: located edge i lands in slot order[i] - 1.
-const int kFirstOrder[34] = {1,  2,  3,  4,  8,  7,  5,  6,  10, 9,  14, 13, 18, 17, 15, 16, 20,
-                             19, 28, 27, 32, 31, 29, 30, 34, 33, 24, 23, 11, 12, 26, 25, 22, 21};
-const int kSecondOrder[34] = {2,  1,  3,  4,  5,  6,  10, 9,  8,  7,  13, 14, 15, 16, 20, 19, 18,
-                              17, 26, 25, 11, 12, 23, 24, 22, 21, 27, 28, 29, 30, 34, 33, 32, 31};
-
-struct Expected {
-    cv::Point2d centre;
-    double angleDeg;
-};
-
-// Expected entries of a record: the first layout's edges, then the second's.
-std::vector<Expected> expectedEntries(ChartProject project) {
-    const render::ChartDesign design = render::designChart(project);
-    const bool reordered = project == ChartProject::K31R22BX;
-    std::vector<Expected> out;
-    for (int layout = 0; layout < 2; ++layout) {
-        const render::LayoutTruth truth = render::layoutTruth(design, layout, {});
-        std::vector<Expected> set(truth.edges.size());
-        for (std::size_t i = 0; i < truth.edges.size(); ++i) {
-            const render::EdgeTruth& e = truth.edges[i];
-            const std::size_t slot =
-                reordered
-                    ? static_cast<std::size_t>((layout == 0 ? kFirstOrder : kSecondOrder)[i] - 1)
-                    : i;
-            set[slot] = {render::edgeCentre(design, truth, e, {}, kMark),
-                         render::edgeAngleDeg(design, truth, e, {}, kMark)};
-        }
-        out.insert(out.end(), set.begin(), set.end());
-    }
-    return out;
-}
 
 template <class Record>
 using Member = std::function<int(unsigned char*, int, int, const SFRParam&, Record&)>;
@@ -95,15 +60,15 @@ Worst measureAgainstTruth(const Member<Record>& member, ChartProject project, in
     if (status != 0) {
         return {1e9, 1e9, 1e9};
     }
-    const std::vector<Expected> expected = expectedEntries(project);
+    const std::vector<render::EntryTruth> expected =
+        render::recordTruth(project, {}, kSigma, kMark);
     constexpr std::size_t entries = sizeof(Record) / sizeof(SFREdgeResult);
     EXPECT_EQ(expected.size(), entries);
     for (std::size_t i = 0; i < entries && i < expected.size(); ++i) {
         const SFREdgeResult& e = result.edges[i];
         const double d = std::hypot(e.x - expected[i].centre.x, e.y - expected[i].centre.y);
-        const double sq =
-            e.sfrQuarterNyquist - render::trueSfr(0.125, kSigma, expected[i].angleDeg);
-        const double sh = e.sfrHalfNyquist - render::trueSfr(0.25, kSigma, expected[i].angleDeg);
+        const double sq = e.sfrQuarterNyquist - expected[i].sfrQuarter;
+        const double sh = e.sfrHalfNyquist - expected[i].sfrHalf;
         const double q = std::abs(sq), h = std::abs(sh);
         EXPECT_LE(d, 3.0) << "entry " << i;
         EXPECT_LE(q, tolerance.quarter) << "entry " << i;
