@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
+#include <vector>
 
 #include <opencv2/imgcodecs.hpp>
 
@@ -19,6 +20,28 @@ namespace cli {
 namespace {
 // Ring radii (markSearchSize) for which single-corner edge centres are listed.
 constexpr int kRingRadii[] = {90, 100, 120};
+
+// MIPI RAW10: four samples in five bytes, bits 9..2 of each, then their bits 1..0 packed
+// into the fifth byte with the first sample in the lowest pair. A last group of fewer than
+// four samples is padded with zeros.
+void writeMipi10(const cv::Mat& frame, const std::string& path) {
+    std::vector<unsigned short> samples(frame.begin<unsigned short>(), frame.end<unsigned short>());
+    samples.resize((samples.size() + 3) / 4 * 4, 0);
+    std::ofstream out(path, std::ios::binary);
+    for (std::size_t g = 0; g < samples.size(); g += 4) {
+        char bytes[5] = {};
+        for (int lane = 0; lane < 4; ++lane) {
+            const unsigned v = samples[g + lane] & 0x3FFu;
+            bytes[lane] = static_cast<char>(v >> 2);
+            bytes[4] =
+                static_cast<char>(static_cast<unsigned char>(bytes[4]) | (v & 3u) << (2 * lane));
+        }
+        out.write(bytes, 5);
+    }
+    if (!out) {
+        throw std::runtime_error("cannot write " + path);
+    }
+}
 
 void writeRaw(const cv::Mat& frame, const std::string& path) {
     std::ofstream out(path, std::ios::binary);
@@ -99,7 +122,7 @@ void writeTruth(const std::string& path, const render::ChartDesign& design,
 }  // namespace
 
 const char* chartHelp() {
-    return "usage: talonvireo-sfr chart [options]\n"
+    return "usage: talonvireo-sfr render [options]   (also: talonvireo-sfr chart)\n"
            "Renders a synthetic chart frame exactly (Gaussian blur integrated over each pixel)\n"
            "and writes PREFIX.raw (8-bit bytes or 16-bit little-endian words), PREFIX.png (an\n"
            "8-bit view) and PREFIX.json (corners, edge centres for rings 90/100/120, angles,\n"
@@ -116,15 +139,17 @@ const char* chartHelp() {
            "  --shot-noise N   noise sd at full scale, output units (default 0)\n"
            "  --read-noise N   level-independent noise sd, output units (default 0)\n"
            "  --seed N         noise seed (default 1)\n"
+           "  --packing P      words16 (default) or mipi10 (10-bit raw only: 4 pixels in 5 bytes)\n"
            "  --out PREFIX     output path prefix (default chart)\n";
 }
 
 int runChart(const std::vector<std::string>& args) {
-    const CommandLine cl(args, {"--project", "--width",      "--height",     "--bits",  "--gain-r",
-                                "--gain-g",  "--gain-b",     "--sigma",      "--dark",  "--light",
-                                "--shift-x", "--shift-y",    "--rotation",   "--scale", "--persp-x",
-                                "--persp-y", "--shot-noise", "--read-noise", "--seed",  "--out"},
-                         {"--bayer"});
+    const CommandLine cl(
+        args, {"--project",  "--width", "--height",  "--bits",    "--gain-r",     "--gain-g",
+               "--gain-b",   "--sigma", "--dark",    "--light",   "--shift-x",    "--shift-y",
+               "--rotation", "--scale", "--persp-x", "--persp-y", "--shot-noise", "--read-noise",
+               "--seed",     "--out",   "--packing"},
+        {"--bayer"});
     render::ChartProject project;
     const std::string name = cl.text("--project", "K74T16BX");
     if (!render::parseProject(name, project)) {
@@ -160,7 +185,17 @@ int runChart(const std::vector<std::string>& args) {
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
-    writeRaw(frame, prefix + ".raw");
+    const std::string packing = cl.text("--packing", "words16");
+    if (packing == "mipi10") {
+        if (exposure.bits != 10) {
+            throw std::invalid_argument("--packing mipi10 needs --bits 10");
+        }
+        writeMipi10(frame, prefix + ".raw");
+    } else if (packing == "words16") {
+        writeRaw(frame, prefix + ".raw");
+    } else {
+        throw std::invalid_argument("unknown packing '" + packing + "' (words16 or mipi10)");
+    }
     if (!cv::imwrite(prefix + ".png", viewable(frame, exposure.bits))) {
         throw std::runtime_error("cannot write " + prefix + ".png");
     }

@@ -1,102 +1,94 @@
 #include "DemoCommand.h"
 
-#include <cmath>
+#include <chrono>
 #include <cstdio>
-#include <vector>
 
+#include "CliError.h"
 #include "CommandLine.h"
-#include "render/RegionEncoding.h"
-#include "render/SfrTruth.h"
-#include "render/SlantedEdgeRenderer.h"
-#include "talonvireo/talonVireoSFR.h"
+#include "EdgeReport.h"
+#include "FrameJob.h"
+#include "Members.h"
+#include "OutputFile.h"
+#include "render/ChartRenderer.h"
+#include "render/RecordTruth.h"
 
 namespace talonvireo {
 namespace cli {
 
-namespace {
-namespace pf = talonvireo::PixelFormat;
-
-bool isSixteenBit(int format) {
-    const int layout = format & pf::LayoutMask;
-    return layout == pf::Bayer16 || layout == pf::Bayer16B || layout == pf::Bayer16C ||
-           layout == pf::Grey16 || layout == pf::Bgr16;
-}
-
-void printRow(const char* name, double measured, double truth) {
-    std::printf("  %-30s %10.4f %10.4f %+10.4f\n", name, measured, truth, measured - truth);
-}
-}  // namespace
-
 const char* demoHelp() {
     return "usage: talonvireo-sfr demo [options]\n"
-           "Renders a slanted edge with a known Gaussian blur (exactly integrated over each\n"
-           "pixel), measures it with TalonCalSFR and prints the figures beside the truth.\n"
+           "Renders a project's chart as a raw Bayer R G frame with a known Gaussian blur,\n"
+           "measures it with the matching library member and prints every edge's centre and\n"
+           "SFR beside the truth; writes PREFIX.png (overlay) and PREFIX.json (report).\n"
+           "  --project NAME   K31R22BX, K74T16BX, K83P09BQ or HLX6C (default K31R22BX)\n"
+           "  --bits B         10, 14 or 16 significant bits per word (default 10)\n"
+           "  --8k             a 7680 x 4320 frame (K74T16BX and HLX6C at 16 bits)\n"
            "  --sigma S        blur standard deviation in pixels (default 0.8)\n"
-           "  --angle A        edge angle in degrees (default 5)\n"
-           "  --horizontal     edge runs left to right (default: top to bottom)\n"
-           "  --bright-first   bright side on the left/top (default: dark first)\n"
-           "  --size N         region side in pixels (default 100)\n"
-           "  --format CODE    pixel-format code, e.g. 0x100 grey, 0x400 BGR, 0x011 Bayer RG\n"
-           "                   (default 0x100)\n"
-           "  --noise N        Gaussian noise, in 8-bit levels (default 0)\n"
-           "  --seed N         noise seed (default 1)\n"
-           "  --divisor D      also report the SFR at 0.5/D cycles per pixel (default 8)\n";
+           "  --roi N          region side (default 80)\n"
+           "  --mark N         markSearchSize, the ring radius (default 100)\n"
+           "  --freq-divisor D custom frequency Nyquist/D (default 8)\n"
+           "  --min-sfr X      limit on the SFR at Nyquist/4 for the pass/fail column\n"
+           "  --out PREFIX     output prefix (default talonvireo-demo)\n";
 }
 
 int runDemo(const std::vector<std::string>& args) {
-    const CommandLine cl(
-        args, {"--sigma", "--angle", "--size", "--format", "--noise", "--seed", "--divisor"},
-        {"--horizontal", "--bright-first"});
-    render::SlantedEdgeScene scene;
-    scene.sigma = cl.number("--sigma", 0.8);
-    scene.angleDeg = cl.number("--angle", 5.0);
-    scene.width = scene.height = cl.integer("--size", 100);
-    scene.family = cl.has("--horizontal") ? render::EdgeFamily::NearHorizontal
-                                          : render::EdgeFamily::NearVertical;
-    scene.darkFirst = !cl.has("--bright-first");
-    scene.noise = cl.number("--noise", 0.0);
-    scene.seed = static_cast<std::uint32_t>(cl.integer("--seed", 1));
-    const int format = cl.integer("--format", pf::Grey8);
-    const double divisor = cl.number("--divisor", 8.0);
-
-    const cv::Mat levels = render::renderSlantedEdge(scene);
-    const cv::Mat grey =
-        isSixteenBit(format) ? render::quantise16(levels, 256.0) : render::quantise8(levels);
-    std::vector<unsigned char> buffer = render::encodeRegion(grey, format);
-
-    tagSFRResult result{};
-    result.nyquistDivisor = divisor;
-    const int status = TalonCalSFR(buffer.data(), scene.width, scene.height, format, result);
-
-    std::printf("talonVireoSFR demo: a rendered slanted edge measured by TalonCalSFR\n");
-    std::printf("  region %d x %d, format 0x%03x, edge %.2f deg from %s, %s first,\n", scene.width,
-                scene.height, format, scene.angleDeg,
-                scene.family == render::EdgeFamily::NearVertical ? "vertical" : "horizontal",
-                scene.darkFirst ? "dark" : "bright");
-    std::printf("  levels %.0f -> %.0f (8-bit scale), Gaussian blur sigma %.2f px, noise %.2f\n\n",
-                scene.dark, scene.bright, scene.sigma, scene.noise);
-    std::printf("  status %d\n", status);
-    if (status != 0) {
-        std::printf("  the edge was refused; no figures\n");
-        return 1;
+    const CommandLine cl(args,
+                         {"--project", "--bits", "--sigma", "--roi", "--mark", "--freq-divisor",
+                          "--min-sfr", "--out"},
+                         {"--8k"});
+    render::ChartProject project;
+    const std::string projectName = cl.text("--project", "K31R22BX");
+    if (!render::parseProject(projectName, project)) {
+        throw CliError(kExitBadArguments, "unknown project '" + projectName +
+                                              "' (K31R22BX, K74T16BX, K83P09BQ or HLX6C)");
     }
-    const double a = scene.angleDeg;
-    const double s = scene.sigma;
-    std::printf("  %-30s %10s %10s %10s\n", "figure (cycles/pixel)", "measured", "true", "error");
-    printRow("SFR at Nyquist/4 (0.125)", result.sfrQuarterNyquist[0], render::trueSfr(0.125, s, a));
-    printRow("SFR at Nyquist/2 (0.25)", result.sfrHalfNyquist[0], render::trueSfr(0.25, s, a));
-    if (divisor > 0.0) {
-        char name[64];
-        std::snprintf(name, sizeof name, "SFR at 0.5/%g (%.4g)", divisor, 0.5 / divisor);
-        printRow(name, result.sfrCustom[0], render::trueSfr(0.5 / divisor, s, a));
+    const int bits = cl.integer("--bits", 10);
+    const bool eightK = cl.has("--8k");
+    const std::vector<Member> members = allMembers();
+    const Member* member = memberFor(members, project, bits, eightK);
+    if (member == nullptr) {
+        throw CliError(kExitBadArguments, "no member measures " + projectName + " at " +
+                                              std::to_string(bits) + " bits" +
+                                              (eightK ? " on 8K frames" : ""));
     }
-    printRow("MTF50", result.mtf50[0], render::trueMtf50(s, a));
-    printRow("edge angle (degrees)", std::fabs(result.edgeAngle), a);
-    std::printf(
-        "\n  The method divides its frequency axis by cos(angle) (reported Nyquist %.4f),\n"
-        "  so at large angles it reads the true SFR at f cos(angle).\n",
-        result.nyquist);
-    return 0;
+    const double sigma = cl.number("--sigma", 0.8);
+    const SFRParam param{static_cast<float>(cl.number("--freq-divisor", 8.0)),
+                         cl.integer("--roi", 80), cl.integer("--mark", 100)};
+    const std::string prefix = cl.text("--out", "talonvireo-demo");
+    const int width = eightK ? 7680 : 4000;
+    const int height = eightK ? 4320 : 3000;
+
+    const auto start = std::chrono::steady_clock::now();
+    render::ChartExposure exposure;
+    exposure.bayer = true;
+    exposure.bits = bits;
+    const render::ChartDesign design = render::designChart(project);
+    cv::Mat raw = render::exposeChart(
+        render::chartCoverage(design.squares, {}, sigma, width, height), exposure);
+    std::printf("rendered the %s chart: %d x %d, Bayer R G, %d-bit words, sigma %.2f (%.1f s)\n",
+                projectName.c_str(), width, height, bits, sigma,
+                std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+
+    FrameReport report = measureRawFrame(*member, raw, param);
+    report.hasLimit = cl.has("--min-sfr");
+    report.minSfr = cl.number("--min-sfr", 0.0);
+    const std::vector<render::EntryTruth> truth =
+        render::recordTruth(project, {}, sigma, report.param.markSearchSize);
+    for (EdgeRow& row : report.rows) {
+        if (row.index < static_cast<int>(truth.size())) {
+            row.hasTruth = true;
+            row.truth = truth[static_cast<std::size_t>(row.index)];
+        }
+    }
+    printTable(stdout, report);
+    std::printf("status 0\n");
+
+    writeImage(prefix + ".png", drawOverlay(greyView(raw, bits), report));
+    OutputFile json(prefix + ".json");
+    printJson(json.get(), report);
+    json.close();
+    std::printf("wrote %s.png (overlay) and %s.json (report)\n", prefix.c_str(), prefix.c_str());
+    return report.failures() == 0 ? kExitOk : kExitBelowLimit;
 }
 
 }  // namespace cli

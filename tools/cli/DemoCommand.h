@@ -1,4 +1,4 @@
-// `talonvireo-sfr demo`: render a slanted edge with a known blur, measure it, show both.
+// talonvireo-sfr demo: a rendered chart frame measured end to end beside its truth.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 namespace talonvireo {
 namespace cli {
 
-int runDemo(const std::vector<std::string>& args);
 const char* demoHelp();
+int runDemo(const std::vector<std::string>& args);
 
 }  // namespace cli
 }  // namespace talonvireo

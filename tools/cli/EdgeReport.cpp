@@ -1,0 +1,143 @@
+#include "EdgeReport.h"
+
+#include <cmath>
+
+#include <opencv2/imgproc.hpp>
+
+namespace talonvireo {
+namespace cli {
+
+namespace {
+double centreError(const EdgeRow& row) {
+    return std::hypot(row.measured.x - row.truth.centre.x, row.measured.y - row.truth.centre.y);
+}
+
+const char* verdict(const FrameReport& report, const EdgeRow& row) {
+    return !report.hasLimit ? "" : report.passes(row) ? "pass" : "FAIL";
+}
+}  // namespace
+
+int FrameReport::failures() const {
+    int n = 0;
+    for (const EdgeRow& row : rows) {
+        n += passes(row) ? 0 : 1;
+    }
+    return n;
+}
+
+void printTable(std::FILE* out, const FrameReport& report) {
+    const bool truth = !report.rows.empty() && report.rows[0].hasTruth;
+    std::fprintf(out, "%s on %d x %d: %zu edges in %.1f ms (roiSize %d, markSearchSize %d",
+                 report.member.c_str(), report.width, report.height, report.rows.size(),
+                 report.milliseconds, report.param.roiSize, report.param.markSearchSize);
+    std::fprintf(out, report.param.freqDivisor > 0 ? ", custom = Nyquist/%g)\n" : ")\n",
+                 static_cast<double>(report.param.freqDivisor));
+    std::fprintf(out, "%5s %11s %4s %8s %8s %8s", "edge", "centre", "side", "SFR N/4", "SFR N/2",
+                 "custom");
+    if (truth) {
+        std::fprintf(out, " | %8s %8s %8s %8s", "true N/4", "true N/2", "angle", "off px");
+    }
+    std::fprintf(out, report.hasLimit ? " %s\n" : "\n", "limit");
+    for (const EdgeRow& row : report.rows) {
+        const SFREdgeResult& m = row.measured;
+        std::fprintf(out, "%5d %5d,%-5d %4d %8.4f %8.4f %8.4f", row.index, m.x, m.y, row.side,
+                     m.sfrQuarterNyquist, m.sfrHalfNyquist, m.sfrCustom);
+        if (row.hasTruth) {
+            std::fprintf(out, " | %8.4f %8.4f %8.2f %8.2f", row.truth.sfrQuarter, row.truth.sfrHalf,
+                         row.truth.angleDeg, centreError(row));
+        }
+        std::fprintf(out, report.hasLimit ? " %s\n" : "\n", verdict(report, row));
+    }
+    if (report.hasLimit) {
+        std::fprintf(out, "%d of %zu edges below SFR N/4 %.3f\n", report.failures(),
+                     report.rows.size(), report.minSfr);
+    }
+}
+
+void printCsv(std::FILE* out, const FrameReport& report) {
+    std::fprintf(out, "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist,sfr_custom");
+    const bool truth = !report.rows.empty() && report.rows[0].hasTruth;
+    std::fprintf(out, truth ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "");
+    std::fprintf(out, report.hasLimit ? ",pass\n" : "\n");
+    for (const EdgeRow& row : report.rows) {
+        const SFREdgeResult& m = row.measured;
+        std::fprintf(out, "%d,%d,%d,%d,%.6f,%.6f,%.6f", row.index, m.x, m.y, row.side,
+                     m.sfrQuarterNyquist, m.sfrHalfNyquist, m.sfrCustom);
+        if (row.hasTruth) {
+            std::fprintf(out, ",%.6f,%.6f,%.3f,%.3f", row.truth.sfrQuarter, row.truth.sfrHalf,
+                         row.truth.centre.x, row.truth.centre.y);
+        }
+        std::fprintf(out, report.hasLimit ? ",%d\n" : "\n", report.passes(row) ? 1 : 0);
+    }
+}
+
+void printJson(std::FILE* out, const FrameReport& report) {
+    std::fprintf(out,
+                 "{\n  \"member\": \"%s\",\n  \"width\": %d,\n  \"height\": %d,\n"
+                 "  \"roiSize\": %d,\n  \"markSearchSize\": %d,\n  \"freqDivisor\": %g,\n"
+                 "  \"milliseconds\": %.3f,\n",
+                 report.member.c_str(), report.width, report.height, report.param.roiSize,
+                 report.param.markSearchSize, static_cast<double>(report.param.freqDivisor),
+                 report.milliseconds);
+    if (report.hasLimit) {
+        std::fprintf(out, "  \"minSfr\": %.6f,\n  \"failures\": %d,\n", report.minSfr,
+                     report.failures());
+    }
+    std::fprintf(out, "  \"edges\": [\n");
+    for (std::size_t i = 0; i < report.rows.size(); ++i) {
+        const EdgeRow& row = report.rows[i];
+        const SFREdgeResult& m = row.measured;
+        std::fprintf(out,
+                     "    {\"index\": %d, \"x\": %d, \"y\": %d, \"side\": %d, "
+                     "\"sfrQuarterNyquist\": %.6f, \"sfrHalfNyquist\": %.6f, \"sfrCustom\": %.6f",
+                     row.index, m.x, m.y, row.side, m.sfrQuarterNyquist, m.sfrHalfNyquist,
+                     m.sfrCustom);
+        if (row.hasTruth) {
+            std::fprintf(out,
+                         ", \"truth\": {\"x\": %.3f, \"y\": %.3f, \"angleDeg\": %.3f, "
+                         "\"sfrQuarterNyquist\": %.6f, \"sfrHalfNyquist\": %.6f}",
+                         row.truth.centre.x, row.truth.centre.y, row.truth.angleDeg,
+                         row.truth.sfrQuarter, row.truth.sfrHalf);
+        }
+        if (report.hasLimit) {
+            std::fprintf(out, ", \"pass\": %s", report.passes(row) ? "true" : "false");
+        }
+        std::fprintf(out, "}%s\n", i + 1 < report.rows.size() ? "," : "");
+    }
+    std::fprintf(out, "  ]\n}\n");
+}
+
+cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report) {
+    cv::Mat canvas;
+    cv::cvtColor(grey, canvas, cv::COLOR_GRAY2BGR);
+    const double scale = std::max(1.0, canvas.cols / 4000.0);
+    const int thickness = static_cast<int>(std::lround(2 * scale));
+    for (const EdgeRow& row : report.rows) {
+        const cv::Scalar colour = !report.hasLimit     ? cv::Scalar(0, 220, 255)
+                                  : report.passes(row) ? cv::Scalar(0, 200, 0)
+                                                       : cv::Scalar(0, 0, 255);
+        const int half = row.side / 2;
+        const cv::Rect box(row.measured.x - half, row.measured.y - half, row.side, row.side);
+        cv::rectangle(canvas, box, colour, thickness);
+        char label[48];
+        std::snprintf(label, sizeof label, "%d: %.3f", row.index,
+                      static_cast<double>(row.measured.sfrQuarterNyquist));
+        // A dark outline keeps the label readable over the dark squares.
+        const cv::Point at(box.x, box.y - static_cast<int>(6 * scale));
+        cv::putText(canvas, label, at, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, cv::Scalar(0, 0, 0),
+                    3 * thickness);
+        cv::putText(canvas, label, at, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, colour, thickness);
+    }
+    return canvas;
+}
+
+cv::Mat greyView(const cv::Mat& raw16, int bits) {
+    cv::Mat mosaic;
+    raw16.convertTo(mosaic, CV_8U, 255.0 / (std::ldexp(1.0, bits) - 1.0));
+    cv::Mat grey;
+    cv::cvtColor(mosaic, grey, cv::COLOR_BayerRG2GRAY);
+    return grey;
+}
+
+}  // namespace cli
+}  // namespace talonvireo

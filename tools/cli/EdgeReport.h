@@ -1,0 +1,53 @@
+// One whole-frame measurement, laid out for people (table), scripts (JSON, CSV) and eyes
+// (the overlay picture).
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+#include "render/RecordTruth.h"
+#include "talonvireo/talonVireoSFR.h"
+
+namespace talonvireo {
+namespace cli {
+
+struct EdgeRow {
+    int index = 0;
+    SFREdgeResult measured{};
+    int side = 0;  // side of the region the member cut
+    bool hasTruth = false;
+    render::EntryTruth truth{};
+};
+
+struct FrameReport {
+    std::string member;
+    int width = 0;
+    int height = 0;
+    SFRParam param{};
+    bool hasLimit = false;  // --min-sfr given
+    double minSfr = 0.0;    // limit on the SFR at Nyquist/4
+    double milliseconds = 0.0;
+    std::vector<EdgeRow> rows;
+
+    bool passes(const EdgeRow& row) const {
+        return !hasLimit || row.measured.sfrQuarterNyquist >= minSfr;
+    }
+    int failures() const;
+};
+
+void printTable(std::FILE* out, const FrameReport& report);
+void printCsv(std::FILE* out, const FrameReport& report);
+void printJson(std::FILE* out, const FrameReport& report);
+
+// The frame (8-bit grey) with every region outlined, numbered and labelled with its SFR at
+// Nyquist/4: green/red against the limit, or yellow without one.
+cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report);
+
+// An 8-bit grey view of a raw Bayer R G frame of `bits`-bit words.
+cv::Mat greyView(const cv::Mat& raw16, int bits);
+
+}  // namespace cli
+}  // namespace talonvireo

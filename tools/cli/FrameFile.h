@@ -1,0 +1,33 @@
+// Frames and regions read from files: raw 16-bit words, packed MIPI RAW10, or an image file.
+#pragma once
+
+#include <string>
+
+#include <opencv2/core.hpp>
+
+namespace talonvireo {
+namespace cli {
+
+enum class Packing {
+    Words16,  // one little-endian 16-bit word per sample
+    Mipi10,   // MIPI RAW10: four samples in five bytes (four high bytes, then their low bits)
+};
+
+// Parses "words16" / "mipi10"; throws CliError (bad arguments) otherwise.
+Packing parsePacking(const std::string& name);
+
+// A width x height frame of CV_16U samples from a raw file. Throws CliError: unreadable file,
+// or a size other than the packing's size of width x height samples.
+cv::Mat readRawFrame(const std::string& path, int width, int height, Packing packing);
+
+// A PGM/PNG/TIFF image as it is stored (8- or 16-bit, one or three channels). Throws
+// CliError for a file that cannot be read or decoded.
+cv::Mat readImage(const std::string& path);
+
+// A frame from either kind of file: images by their extension (.pgm .png .tif .tiff), raw
+// files otherwise. Images must be 16-bit single channel and, when width/height are given
+// (> 0), of that size.
+cv::Mat readFrame(const std::string& path, int width, int height, Packing packing);
+
+}  // namespace cli
+}  // namespace talonvireo

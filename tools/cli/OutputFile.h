@@ -1,0 +1,33 @@
+// Writing the tool's outputs: a text file opened for the duration of a scope, and images.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include <opencv2/core.hpp>
+
+namespace talonvireo {
+namespace cli {
+
+class OutputFile {
+public:
+    // Throws CliError (kExitFailed) when the file cannot be created.
+    explicit OutputFile(const std::string& path);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    std::FILE* get() const { return file_; }
+    // Flushes and closes; throws CliError when anything failed to reach the file.
+    void close();
+
+private:
+    std::string path_;
+    std::FILE* file_;
+};
+
+// Throws CliError (kExitFailed) when the image cannot be written.
+void writeImage(const std::string& path, const cv::Mat& image);
+
+}  // namespace cli
+}  // namespace talonvireo
