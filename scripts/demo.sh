@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Main job: set up, build, render a synthetic slanted edge, measure it and show the figures.
+# Main job: set up, build, render a synthetic chart as a raw frame, measure every edge and
+# show it beside the truth (writes talonvireo-demo.png and talonvireo-demo.json).
 # Extra arguments go to `talonvireo-sfr demo` (try --help).
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"

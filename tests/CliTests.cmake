@@ -1,0 +1,138 @@
+# Every talonvireo-sfr command, its outputs and each of its failure messages and statuses.
+# Frames come from the tool's own renderer (fixture CliFrames) in one scratch folder.
+set(cli_dir ${CMAKE_CURRENT_BINARY_DIR}/cli)
+
+# cli_test(NAME STATUS MATCH [FILES f...] [FIXTURE] ARGS a...)
+function(cli_test)
+    cmake_parse_arguments(T "FIXTURE" "NAME;STATUS;MATCH" "FILES;ARGS" ${ARGN})
+    string(JOIN "|" args ${T_ARGS})
+    string(JOIN "|" files ${T_FILES})
+    foreach(f IN LISTS T_FILES)
+        file(REMOVE ${cli_dir}/${f})
+    endforeach()
+    add_test(NAME Cli.${T_NAME}
+        COMMAND ${CMAKE_COMMAND} "-DCOMMAND=$<TARGET_FILE:talonvireo-sfr>|${args}"
+            -DSTATUS=${T_STATUS} "-DMATCH=${T_MATCH}" "-DFILES=${files}" -DWORKDIR=${cli_dir}
+            -P ${CMAKE_CURRENT_SOURCE_DIR}/ExpectCommand.cmake)
+    if(T_FIXTURE)
+        set_tests_properties(Cli.${T_NAME} PROPERTIES FIXTURES_SETUP CliFrames)
+    else()
+        set_tests_properties(Cli.${T_NAME} PROPERTIES FIXTURES_REQUIRED CliFrames)
+    endif()
+endfunction()
+
+# ---- The dispatcher ----
+cli_test(NAME NoCommandPrintsUsage STATUS 2 MATCH "usage: talonvireo-sfr COMMAND")
+cli_test(NAME HelpListsEveryCommand STATUS 0 MATCH "demo.*measure.*roi.*render" ARGS --help)
+cli_test(NAME UnknownCommandIsRefused STATUS 2 MATCH "unknown command 'nope'" ARGS nope)
+foreach(command demo measure roi render)
+    cli_test(NAME ${command}.HelpTextExplainsTheOptions STATUS 0
+        MATCH "usage: talonvireo-sfr ${command}" ARGS ${command} --help)
+endforeach()
+
+# ---- render: frames for the other commands ----
+cli_test(NAME render.WritesChartFrameAndTruth FIXTURE STATUS 0 MATCH "wrote h6.raw"
+    FILES h6.raw h6.png h6.json
+    ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --out h6)
+cli_test(NAME render.WritesMipiRaw10 FIXTURE STATUS 0 MATCH "wrote h6m.raw" FILES h6m.raw
+    ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --packing mipi10 --out h6m)
+cli_test(NAME render.CropsTheFrameAroundTheChart FIXTURE STATUS 0 FILES crop.raw
+    ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --width 3490 --out crop)
+cli_test(NAME render.WritesAFrameWithoutAChart FIXTURE STATUS 0 FILES blank.raw
+    ARGS render --project HLX6C --bits 10 --bayer --width 1000 --height 800 --shift-x 5000
+        --out blank)
+cli_test(NAME render.WritesAGreyImage FIXTURE STATUS 0 FILES g8.png
+    ARGS render --project HLX6C --bits 8 --sigma 0.8 --out g8)
+cli_test(NAME render.WritesOneRawRegion FIXTURE STATUS 0 FILES reg.raw
+    ARGS render --project HLX6C --bits 8 --sigma 0.8 --width 80 --height 80 --shift-x -1841
+        --shift-y -1576 --out reg)
+cli_test(NAME render.RefusesUnknownProjects STATUS 2 MATCH "unknown project 'NOPE'"
+    ARGS render --project NOPE)
+cli_test(NAME render.RefusesMipiPackingBeyondTenBits STATUS 2 MATCH "mipi10 needs --bits 10"
+    ARGS render --bits 14 --packing mipi10 --width 64 --height 64 --out x)
+cli_test(NAME chart.StillNamesTheRenderer STATUS 0 MATCH "wrote small.raw"
+    ARGS chart --project K74T16BX --width 400 --height 300 --out small)
+
+# ---- demo ----
+cli_test(NAME demo.MeasuresTheDefaultChartBesideItsTruth STATUS 0
+    MATCH "talonvireoSFR/K31R22BX on 4000 x 3000: 68 edges.*true N/4.*status 0"
+    FILES talonvireo-demo.png talonvireo-demo.json ARGS demo)
+cli_test(NAME demo.MeasuresHLX6CAt14Bits STATUS 0
+    MATCH "talonvireoSFR_raw14_HLX6C on 4000 x 3000: 52 edges" FILES d14.png d14.json
+    ARGS demo --project HLX6C --bits 14 --out d14)
+cli_test(NAME demo.MeasuresK83P09BQAt16Bits STATUS 0 MATCH "talonvireoSFR_raw16_RQ8.*status 0"
+    ARGS demo --project K83P09BQ --bits 16 --out d83)
+cli_test(NAME demo.MarksEdgesBelowTheLimit STATUS 1 MATCH "FAIL.*68 of 68 edges below"
+    ARGS demo --min-sfr 0.99 --out dlimit)
+cli_test(NAME demo.RefusesADepthWithoutAMember STATUS 2 MATCH "no member measures K31R22BX at 16"
+    ARGS demo --bits 16)
+cli_test(NAME demo.RefusesUnknownProjects STATUS 2 MATCH "unknown project" ARGS demo --project X)
+cli_test(NAME demo.RefusesUnknownOptions STATUS 2 MATCH "unknown option --nope" ARGS demo --nope)
+
+# ---- measure ----
+set(h6 h6.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.PrintsATableOfEveryEdge STATUS 0
+    MATCH "talonvireoSFR_raw10_HLX6C on 4000 x 3000: 52 edges.*\n   51 " ARGS measure ${h6})
+cli_test(NAME measure.WritesJson STATUS 0 MATCH "\"edges\":.*\"index\": 51" ARGS measure ${h6} --json)
+cli_test(NAME measure.WritesCsv STATUS 0 MATCH "edge,x,y,side,sfr_quarter_nyquist.*\n51,"
+    ARGS measure ${h6} --csv)
+cli_test(NAME measure.DrawsTheOverlay STATUS 0 FILES overlay.png
+    ARGS measure ${h6} --overlay overlay.png --min-sfr 0.5)
+cli_test(NAME measure.ExitsOneWhenAnEdgeIsBelowTheLimit STATUS 1 MATCH "52 of 52 edges below"
+    ARGS measure ${h6} --min-sfr 0.99)
+cli_test(NAME measure.ReadsMipiRaw10 STATUS 0 MATCH "52 edges"
+    ARGS measure h6m.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --packing mipi10)
+cli_test(NAME measure.NeedsAFrame STATUS 2 MATCH "measure needs a FRAME file first"
+    ARGS measure --member talonvireoSFR_raw16)
+cli_test(NAME measure.NeedsAMember STATUS 2 MATCH "--member is required"
+    ARGS measure h6.raw --width 4000 --height 3000)
+cli_test(NAME measure.RefusesUnknownMembers STATUS 2 MATCH "unknown member 'x'.*talonvireoSFR_raw16_RQ8"
+    ARGS measure h6.raw --width 4000 --height 3000 --member x)
+cli_test(NAME measure.RefusesARegionLargerThanTheRing STATUS 2 MATCH "--roi must be 1 .. --mark"
+    ARGS measure ${h6} --roi 120)
+cli_test(NAME measure.RefusesUnknownPackings STATUS 2 MATCH "unknown packing 'raw12'"
+    ARGS measure ${h6} --packing raw12)
+cli_test(NAME measure.RefusesJsonAndCsvTogether STATUS 2 MATCH "exclude each other"
+    ARGS measure ${h6} --json --csv)
+cli_test(NAME measure.RefusesNonNumbers STATUS 2 MATCH "bad arguments"
+    ARGS measure ${h6} --roi eighty)
+cli_test(NAME measure.ReportsAnUnreadableFile STATUS 3 MATCH "cannot read missing.raw"
+    ARGS measure missing.raw --width 4000 --height 3000 --member talonvireoSFR_raw16)
+cli_test(NAME measure.ReportsAFileOfTheWrongSize STATUS 4
+    MATCH "holds 24000000 bytes, not 20000000 \\(2000 x 5000 x 2\\)"
+    ARGS measure h6.raw --width 2000 --height 5000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.ReportsAChartNotLocated STATUS 5 MATCH "chart not located"
+    ARGS measure blank.raw --width 1000 --height 800 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.ReportsARegionOutOfBounds STATUS 6 MATCH "region out of bounds"
+    ARGS measure crop.raw --width 3490 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.ReportsAFailedSfrCalculation STATUS 7 MATCH "SFR calculation failed"
+    ARGS measure ${h6} --roi 3)
+
+# ---- roi ----
+set(edge g8.png --rect 1841,1576,80,80)
+cli_test(NAME roi.PrintsTheFigures STATUS 0 MATCH "status 0, 1 channel.*MTF50.*\n +0 +-?[0-9.]+ +0\\.[78]"
+    ARGS roi ${edge})
+cli_test(NAME roi.WritesTheCurveAndItsPlot STATUS 0 FILES curve.csv plot.png
+    ARGS roi ${edge} --curve curve.csv --plot plot.png --freq-divisor 8)
+cli_test(NAME roi.ReportsOnTheNormalAxisAsJson STATUS 0
+    MATCH "\"normalFrequencyAxis\": true.*\"mtf10\"" ARGS roi ${edge} --normal-axis --json)
+cli_test(NAME roi.ReadsARawRegion STATUS 0 MATCH "status 0"
+    ARGS roi reg.raw --width 80 --height 80 --format 0x100)
+cli_test(NAME roi.NeedsAnImage STATUS 2 MATCH "roi needs an IMAGE file first" ARGS roi --json)
+cli_test(NAME roi.NeedsTheFormatOfARawRegion STATUS 2 MATCH "a raw region needs --format"
+    ARGS roi reg.raw --width 80 --height 80)
+cli_test(NAME roi.RefusesAFormatThatDoesNotFitTheImage STATUS 2 MATCH "does not fit"
+    ARGS roi ${edge} --format 0x200)
+cli_test(NAME roi.RefusesAMalformedRect STATUS 2 MATCH "--rect takes x,y,w,h"
+    ARGS roi g8.png --rect 1,2,3)
+cli_test(NAME roi.ReportsARectOutsideTheImage STATUS 6 MATCH "--rect lies outside"
+    ARGS roi g8.png --rect 3990,0,80,80)
+cli_test(NAME roi.ReportsAnUnreadableFile STATUS 3 MATCH "cannot read missing.png"
+    ARGS roi missing.png)
+cli_test(NAME roi.ReportsAFileThatIsNotAnImage STATUS 3 MATCH "cannot decode .*not-an-image.png"
+    ARGS roi ${CMAKE_CURRENT_SOURCE_DIR}/data/not-an-image.png)
+cli_test(NAME roi.ReportsARawRegionOfTheWrongSize STATUS 4 MATCH "holds 6400 bytes, not 8100"
+    ARGS roi reg.raw --width 90 --height 90 --format 0x100)
+cli_test(NAME roi.ReportsAFailedSfrCalculation STATUS 7 MATCH "edge contrast below 20 %"
+    ARGS roi g8.png --rect 0,0,80,80)

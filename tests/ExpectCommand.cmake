@@ -1,0 +1,26 @@
+# Runs COMMAND ("|"-separated) in WORKDIR and checks its exit status (STATUS), that its
+# output (stdout and stderr together) matches MATCH, and that every file of FILES ("|"-
+# separated, relative to WORKDIR) exists and is not empty.
+string(REPLACE "|" ";" command "${COMMAND}")
+file(MAKE_DIRECTORY "${WORKDIR}")
+execute_process(COMMAND ${command} WORKING_DIRECTORY "${WORKDIR}"
+    RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+set(all "${out}${err}")
+if(NOT "${rc}" STREQUAL "${STATUS}")
+    message(FATAL_ERROR "exit status ${rc}, expected ${STATUS}\n${all}")
+endif()
+if(DEFINED MATCH AND NOT "${MATCH}" STREQUAL "" AND NOT all MATCHES "${MATCH}")
+    message(FATAL_ERROR "output does not match '${MATCH}':\n${all}")
+endif()
+if(DEFINED FILES AND NOT "${FILES}" STREQUAL "")
+    string(REPLACE "|" ";" files "${FILES}")
+    foreach(f IN LISTS files)
+        if(NOT EXISTS "${WORKDIR}/${f}")
+            message(FATAL_ERROR "${f} was not written")
+        endif()
+        file(SIZE "${WORKDIR}/${f}" size)
+        if(size EQUAL 0)
+            message(FATAL_ERROR "${f} is empty")
+        endif()
+    endforeach()
+endif()
