@@ -1,0 +1,30 @@
+# Installs BUILD into a scratch prefix, then builds the consumer program against it twice,
+# with find_package and with pkg-config, and runs both.
+set(prefix ${WORK}/prefix)
+file(REMOVE_RECURSE ${WORK})
+macro(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT rc EQUAL 0)
+        message(FATAL_ERROR "failed: ${ARGN}\n${out}${err}")
+    endif()
+    message(STATUS "${out}")
+endmacro()
+
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+run(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/consumer -DCMAKE_PREFIX_PATH=${prefix})
+run(${CMAKE_COMMAND} --build ${WORK}/consumer)
+run(${WORK}/consumer/consumer)
+
+file(GLOB_RECURSE pc ${prefix}/*/talonVireoSFR.pc)
+get_filename_component(pcdir "${pc}" DIRECTORY)
+set(ENV{PKG_CONFIG_PATH} ${pcdir})
+execute_process(COMMAND pkg-config --cflags --libs talonVireoSFR
+    RESULT_VARIABLE rc OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "pkg-config does not find talonVireoSFR in ${pcdir}")
+endif()
+separate_arguments(flags UNIX_COMMAND "${flags}")
+run(${CXX} -std=c++17 ${SOURCE}/consumer.cpp ${flags} -o ${WORK}/pkgconfig-consumer)
+string(REGEX MATCH "-L([^ ;]+)" _ "${flags}")
+set(ENV{LD_LIBRARY_PATH} ${CMAKE_MATCH_1})
+run(${WORK}/pkgconfig-consumer)
