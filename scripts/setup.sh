@@ -9,6 +9,7 @@ packages=(
     libgtest-dev      # GoogleTest
     libbenchmark-dev  # Google Benchmark
     clang-format      # formatting check run by the test suite
+    python3-dev pybind11-dev python3-numpy python3-pytest  # the Python module and its tests
 )
 
 missing=()

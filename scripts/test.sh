@@ -13,7 +13,7 @@ ctest --test-dir "$root/build" --output-on-failure -j "$jobs"
 
 echo "== build (AddressSanitizer + UndefinedBehaviorSanitizer)"
 BUILD_TYPE=RelWithDebInfo "$root/scripts/build.sh" "$root/build-asan" \
-    -DTALONVIREO_SANITIZE=ON -DTALONVIREO_BUILD_BENCH=OFF
+    -DTALONVIREO_SANITIZE=ON -DTALONVIREO_BUILD_BENCH=OFF -DTALONVIREO_BUILD_PYTHON=OFF
 echo "== tests (AddressSanitizer + UndefinedBehaviorSanitizer)"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \

@@ -1,0 +1,197 @@
+// talonvireo: the library for Python. Frames and regions are numpy arrays; failures raise.
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Members.h"
+#include "talonvireo/talonVireoSFR.h"
+
+namespace py = pybind11;
+using namespace talonvireo;
+
+namespace {
+
+py::array_t<double> asArray(const std::vector<double>& v) {
+    return py::array_t<double>(static_cast<py::ssize_t>(v.size()), v.data());
+}
+
+int defaultFormat(const py::array& a) {
+    const bool wide = a.dtype().is(py::dtype::of<std::uint16_t>());
+    if (a.ndim() == 2) {
+        return wide ? PixelFormat::Grey16 : PixelFormat::Grey8;
+    }
+    return wide ? PixelFormat::Bgr16 : PixelFormat::Bgr8;
+}
+
+// Raises the module's exception class `type` (looked up by name, so no Python object
+// outlives the interpreter in a C++ static).
+[[noreturn]] void raise(const char* type, const std::string& message) {
+    const py::object cls = py::module_::import("talonvireo").attr(type);
+    PyErr_SetString(cls.ptr(), message.c_str());
+    throw py::error_already_set();
+}
+
+py::list measureFrame(py::object raw, const std::string& member, int roiSize, int markSearchSize,
+                      double freqDivisor) {
+    const std::vector<cli::Member> members = cli::allMembers();
+    const cli::Member* m = cli::findMember(members, member);
+    if (m == nullptr) {
+        std::string names;
+        for (const cli::Member& each : members)
+            names += " " + each.name;
+        throw py::value_error("unknown member '" + member + "'; one of:" + names);
+    }
+    auto frame = py::array_t<std::uint16_t, py::array::c_style>::ensure(raw);
+    if (!frame || frame.ndim() != 2) {
+        throw py::type_error("raw must be a 2-D numpy array of uint16 (rows x columns)");
+    }
+    const int height = static_cast<int>(frame.shape(0));
+    const int width = static_cast<int>(frame.shape(1));
+    // The members take a mutable pointer but never write the frame; a private copy keeps
+    // the caller's array safe all the same.
+    std::vector<unsigned short> samples(frame.data(), frame.data() + frame.size());
+    SFRParam param{static_cast<float>(freqDivisor), roiSize, markSearchSize};
+    std::vector<SFREdgeResult> edges;
+    int status;
+    {
+        py::gil_scoped_release unlocked;
+        status = m->measure(samples.data(), width, height, param, edges);
+    }
+    switch (status) {
+        case 0:
+            break;
+        case -2:
+            raise("ChartNotLocated", "chart not located, or a region off the frame (status -2)");
+        case -3:
+            raise("SfrCalculationFailed", "SFR calculation failed on a region (status -3)");
+        default:
+            raise("InvalidInput",
+                  "frame or parameters refused (status " + std::to_string(status) + ")");
+    }
+    py::list out;
+    for (std::size_t i = 0; i < edges.size(); ++i) {
+        py::dict e;
+        e["index"] = i;
+        e["x"] = edges[i].x;
+        e["y"] = edges[i].y;
+        e["side"] =
+            m->regionSide(static_cast<int>(i), static_cast<int>(edges.size()), param.roiSize);
+        e["sfr_quarter_nyquist"] = edges[i].sfrQuarterNyquist;
+        e["sfr_half_nyquist"] = edges[i].sfrHalfNyquist;
+        e["sfr_custom"] = edges[i].sfrCustom;
+        out.append(e);
+    }
+    return out;
+}
+
+py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<double> frequencies,
+             bool normalAxis) {
+    py::array region = py::array::ensure(regionObject, py::array::c_style);
+    if (!region || (region.ndim() != 2 && !(region.ndim() == 3 && region.shape(2) == 3)) ||
+        !(region.dtype().is(py::dtype::of<std::uint8_t>()) ||
+          region.dtype().is(py::dtype::of<std::uint16_t>()))) {
+        throw py::type_error(
+            "region must be a uint8 or uint16 numpy array, rows x columns "
+            "(grey or Bayer) or rows x columns x 3 (BGR)");
+    }
+    const int code = format ? *format : defaultFormat(region);
+    SfrCurveOptions options;
+    options.frequencies = std::move(frequencies);
+    options.normalFrequencyAxis = normalAxis;
+    SfrCurve curve;
+    int status;
+    {
+        py::gil_scoped_release unlocked;
+        status = measureSfrCurve(static_cast<const unsigned char*>(region.data()),
+                                 static_cast<int>(region.shape(1)),
+                                 static_cast<int>(region.shape(0)), code, options, curve);
+    }
+    switch (status) {
+        case 0:
+            break;
+        case -2:
+            raise("EdgeRefused", "edge contrast below 20 % (status -2)");
+        case -3:
+            raise("EdgeRefused", "edge steeper than 1.25 columns per row (status -3)");
+        case -4:
+            raise("EdgeRefused", "edge exactly on the pixel grid (status -4)");
+        default:
+            raise("InvalidInput", "region refused: too small, bad format or size (status -1)");
+    }
+    py::list channels;
+    for (const SfrChannelCurve& c : curve.channels) {
+        py::dict d;
+        d["frequency"] = asArray(c.frequency);
+        d["sfr"] = asArray(c.sfr);
+        d["esf"] = asArray(c.esf);
+        d["lsf"] = asArray(c.lsf);
+        d["esf_bin_width"] = c.esfBinWidth;
+        d["edge_angle"] = c.edgeAngle;
+        d["mtf10"] = c.mtf10;
+        d["mtf30"] = c.mtf30;
+        d["mtf50"] = c.mtf50;
+        d["sfr_at"] = asArray(c.sfrAt);
+        channels.append(d);
+    }
+    py::dict out;
+    out["normal_frequency_axis"] = curve.normalFrequencyAxis;
+    out["channels"] = channels;
+    return out;
+}
+
+}  // namespace
+
+PYBIND11_MODULE(talonvireo, m) {
+    m.doc() = "Slanted-edge SFR (ISO 12233 MTF) measurement of camera-module chart frames.";
+
+    const py::object base = py::reinterpret_steal<py::object>(PyErr_NewExceptionWithDoc(
+        "talonvireo.Error", "Base of every talonvireo failure.", PyExc_RuntimeError, nullptr));
+    m.attr("Error") = base;
+    // `parent` is Error itself or one of its subclasses; `extra` a second, built-in base.
+    const auto derived = [&](const char* name, const char* doc, py::object parent,
+                             py::object extra) {
+        py::tuple bases = extra ? py::make_tuple(parent, extra) : py::make_tuple(parent);
+        return py::reinterpret_steal<py::object>(
+            PyErr_NewExceptionWithDoc(name, doc, bases.ptr(), nullptr));
+    };
+    const py::object invalid = derived("talonvireo.InvalidInput",
+                                       "The frame, region or parameters were refused (status -1).",
+                                       base, py::reinterpret_borrow<py::object>(PyExc_ValueError));
+    const py::object notLocated =
+        derived("talonvireo.ChartNotLocated",
+                "The chart was not found, or a region ran off the frame (-2).", base, py::object());
+    const py::object sfrFailed =
+        derived("talonvireo.SfrCalculationFailed", "The slanted-edge calculation refused a region.",
+                base, py::object());
+    const py::object refused = derived(
+        "talonvireo.EdgeRefused", "The region's edge cannot be measured (contrast, slope, grid).",
+        sfrFailed, py::object());
+    m.attr("InvalidInput") = invalid;
+    m.attr("ChartNotLocated") = notLocated;
+    m.attr("SfrCalculationFailed") = sfrFailed;
+    m.attr("EdgeRefused") = refused;
+
+    py::list names;
+    for (const cli::Member& each : cli::allMembers())
+        names.append(each.name);
+    m.attr("MEMBERS") = names;
+
+    m.def("measure_frame", &measureFrame, py::arg("raw"),
+          py::arg("member") = "talonvireoSFR/K31R22BX", py::arg("roi_size") = 80,
+          py::arg("mark_search_size") = 100, py::arg("freq_divisor") = 0.0,
+          "Measures a raw chart frame (2-D uint16 array of Bayer R G words) with one library "
+          "member (see MEMBERS) and returns one dict per edge: index, x, y, side, "
+          "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom. Raises ChartNotLocated, "
+          "SfrCalculationFailed or InvalidInput.");
+    m.def("sfr", &sfr, py::arg("region"), py::arg("format") = py::none(),
+          py::arg("frequencies") = std::vector<double>{}, py::arg("normal_axis") = false,
+          "Measures one slanted-edge region (uint8/uint16, grey, Bayer with an explicit format, "
+          "or BGR) and returns {'normal_frequency_axis', 'channels': [{'frequency', 'sfr', "
+          "'esf', 'lsf', 'esf_bin_width', 'edge_angle', 'mtf10', 'mtf30', 'mtf50', "
+          "'sfr_at'}]}. Raises EdgeRefused or InvalidInput.");
+}

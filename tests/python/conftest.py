@@ -1,0 +1,21 @@
+"""Frames for the talonvireo tests, rendered by the project's own chart renderer."""
+import json
+import os
+import subprocess
+
+import numpy as np
+import pytest
+
+
+@pytest.fixture(scope="session")
+def rendered_chart(tmp_path_factory):
+    """The HLX6C chart as a 4000 x 3000 Bayer R G frame of 10-bit words, sigma 0.8, and
+    its truth (edge centres for a ring of 100 px, true SFR)."""
+    tool = os.environ["TALONVIREO_SFR_TOOL"]
+    prefix = str(tmp_path_factory.mktemp("chart") / "hlx6c")
+    subprocess.run([tool, "render", "--project", "HLX6C", "--bits", "10", "--bayer",
+                    "--sigma", "0.8", "--out", prefix], check=True, capture_output=True)
+    raw = np.fromfile(prefix + ".raw", dtype="<u2").reshape(3000, 4000)
+    with open(prefix + ".json") as f:
+        truth = json.load(f)
+    return raw, truth

@@ -1,0 +1,110 @@
+"""The talonvireo Python module against rendered ground truth."""
+import math
+
+import numpy as np
+import pytest
+
+import talonvireo
+
+
+def edge_region(sigma=0.8, angle_deg=5.0, size=100, dark=40.0, bright=200.0):
+    """A near-vertical edge through the region's centre, blurred by a Gaussian of `sigma`
+    px, sampled at pixel centres (no pixel aperture), rounded to 8 bits."""
+    rows, cols = np.mgrid[0:size, 0:size].astype(float)
+    c = (size - 1) / 2.0
+    t = math.tan(math.radians(angle_deg))
+    distance = (cols - c - t * (rows - c)) * math.cos(math.radians(angle_deg))
+    erf = np.vectorize(math.erf)
+    level = dark + (bright - dark) * 0.5 * (1.0 + erf(distance / (sigma * math.sqrt(2.0))))
+    return np.round(level).astype(np.uint8)
+
+
+def gaussian_mtf50(sigma):
+    # exp(-2 pi^2 sigma^2 f^2) = 0.5
+    return math.sqrt(math.log(2.0) / 2.0) / (math.pi * sigma)
+
+
+def test_measure_frame_finds_every_edge_of_the_chart(rendered_chart):
+    raw, truth = rendered_chart
+    edges = talonvireo.measure_frame(raw, member="talonvireoSFR_raw10_HLX6C", roi_size=80,
+                                     mark_search_size=100, freq_divisor=4.0)
+    expected = [e for layout in truth["layouts"] for e in layout["edges"]]
+    assert len(edges) == 52 == len(expected)
+    for got, want in zip(edges, expected):
+        x, y = want["centres"]["100"]
+        assert math.hypot(got["x"] - x, got["y"] - y) <= 3.0
+        # The Malvar demosaic sharpens a little: within 0.06 of the rendered blur's truth.
+        assert got["sfr_quarter_nyquist"] == pytest.approx(want["sfrQuarterNyquist"], abs=0.06)
+        assert got["sfr_half_nyquist"] == pytest.approx(want["sfrHalfNyquist"], abs=0.04)
+        assert got["sfr_custom"] == pytest.approx(got["sfr_quarter_nyquist"])
+    assert {e["side"] for e in edges[26:]} == {90}  # the HLX6C second set
+
+
+def test_measure_frame_raises_when_the_chart_is_missing():
+    with pytest.raises(talonvireo.ChartNotLocated):
+        talonvireo.measure_frame(np.zeros((800, 1000), np.uint16),
+                                 member="talonvireoSFR_raw10_HLX6C")
+
+
+def test_measure_frame_refuses_bad_parameters_and_arrays():
+    frame = np.zeros((300, 400), np.uint16)
+    with pytest.raises(talonvireo.InvalidInput):
+        talonvireo.measure_frame(frame, member="talonvireoSFR_raw16", roi_size=120,
+                                 mark_search_size=100)
+    with pytest.raises(ValueError):  # InvalidInput is a ValueError too
+        talonvireo.measure_frame(frame, member="talonvireoSFR_raw16", mark_search_size=0)
+    with pytest.raises(ValueError, match="unknown member"):
+        talonvireo.measure_frame(frame, member="nope")
+    with pytest.raises(TypeError):
+        talonvireo.measure_frame(frame.astype(np.float32), member="talonvireoSFR_raw16")
+    with pytest.raises(TypeError):
+        talonvireo.measure_frame(np.zeros(100, np.uint16), member="talonvireoSFR_raw16")
+
+
+def test_members_are_listed():
+    assert len(talonvireo.MEMBERS) == 13
+    assert "talonvireoSFR_raw16_HLX6C_8K" in talonvireo.MEMBERS
+
+
+@pytest.mark.parametrize("sigma", [0.6, 0.9, 1.2])
+def test_sfr_reads_the_mtf50_of_a_known_blur(sigma):
+    curve = talonvireo.sfr(edge_region(sigma=sigma), normal_axis=True)
+    (channel,) = curve["channels"]
+    # Point-sampled edge: the truth is the Gaussian's alone, no pixel aperture.
+    assert channel["mtf50"] == pytest.approx(gaussian_mtf50(sigma), rel=0.03)
+
+
+def test_sfr_returns_the_whole_curve_as_arrays():
+    curve = talonvireo.sfr(edge_region(), frequencies=[0.125, 0.25, 2.0])
+    (c,) = curve["channels"]
+    assert curve["normal_frequency_axis"] is False
+    assert isinstance(c["frequency"], np.ndarray) and c["frequency"].shape == c["sfr"].shape
+    assert c["frequency"][0] == 0.0 and c["sfr"][0] == 1.0
+    assert np.all(np.diff(c["frequency"]) > 0)
+    assert c["esf"].shape == c["lsf"].shape and c["esf"].size == 2 * c["sfr"].size
+    assert c["esf_bin_width"] == 0.25
+    assert c["edge_angle"] == pytest.approx(5.0, abs=0.1)
+    assert c["mtf10"] > c["mtf30"] > c["mtf50"] > 0
+    assert c["sfr_at"][0] == pytest.approx(np.interp(0.125, c["frequency"], c["sfr"]))
+    assert math.isnan(c["sfr_at"][2])
+
+
+def test_sfr_measures_colour_and_sixteen_bit_regions():
+    grey = edge_region()
+    bgr = np.dstack([grey, grey, grey])
+    assert len(talonvireo.sfr(bgr)["channels"]) == 3
+    wide = talonvireo.sfr(grey.astype(np.uint16) * 256)["channels"][0]
+    assert wide["mtf50"] == pytest.approx(talonvireo.sfr(grey)["channels"][0]["mtf50"])
+
+
+def test_sfr_raises_for_edges_it_cannot_measure():
+    with pytest.raises(talonvireo.EdgeRefused, match="contrast"):
+        talonvireo.sfr(np.full((100, 100), 120, np.uint8))
+    with pytest.raises(talonvireo.SfrCalculationFailed):  # EdgeRefused's parent
+        talonvireo.sfr(np.full((100, 100), 120, np.uint8))
+    with pytest.raises(talonvireo.InvalidInput):
+        talonvireo.sfr(np.zeros((3, 3), np.uint8))
+    with pytest.raises(talonvireo.InvalidInput):
+        talonvireo.sfr(edge_region(), format=0x123)
+    with pytest.raises(TypeError):
+        talonvireo.sfr(edge_region().astype(np.float64))
