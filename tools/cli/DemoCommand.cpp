@@ -28,13 +28,14 @@ const char* demoHelp() {
            "  --mark N         markSearchSize, the ring radius (default 100)\n"
            "  --freq-divisor D custom frequency Nyquist/D (default 8)\n"
            "  --min-sfr X      limit on the SFR at Nyquist/4 for the pass/fail column\n"
+           "  --overlay-width W  shrink the overlay picture to W pixels across\n"
            "  --out PREFIX     output prefix (default talonvireo-demo)\n";
 }
 
 int runDemo(const std::vector<std::string>& args) {
     const CommandLine cl(args,
                          {"--project", "--bits", "--sigma", "--roi", "--mark", "--freq-divisor",
-                          "--min-sfr", "--out"},
+                          "--min-sfr", "--out", "--overlay-width"},
                          {"--8k"});
     render::ChartProject project;
     const std::string projectName = cl.text("--project", "K31R22BX");
@@ -83,7 +84,9 @@ int runDemo(const std::vector<std::string>& args) {
     printTable(stdout, report);
     std::printf("status 0\n");
 
-    writeImage(prefix + ".png", drawOverlay(greyView(raw, bits), report));
+    const int overlayWidth = cl.integer("--overlay-width", 0);
+    writeImage(prefix + ".png",
+               shrinkTo(drawOverlay(greyView(raw, bits), report, overlayWidth), overlayWidth));
     OutputFile json(prefix + ".json");
     printJson(json.get(), report);
     json.close();

@@ -1,5 +1,6 @@
 #include "EdgeReport.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <opencv2/imgproc.hpp>
@@ -107,10 +108,12 @@ void printJson(std::FILE* out, const FrameReport& report) {
     std::fprintf(out, "  ]\n}\n");
 }
 
-cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report) {
+cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report, int outputWidth) {
     cv::Mat canvas;
     cv::cvtColor(grey, canvas, cv::COLOR_GRAY2BGR);
-    const double scale = std::max(1.0, canvas.cols / 4000.0);
+    const double shrink =
+        outputWidth > 0 && outputWidth < canvas.cols ? canvas.cols / (2.0 * outputWidth) : 0.0;
+    const double scale = std::max({1.0, canvas.cols / 4000.0, shrink});
     const int thickness = static_cast<int>(std::lround(2 * scale));
     for (const EdgeRow& row : report.rows) {
         const cv::Scalar colour = !report.hasLimit     ? cv::Scalar(0, 220, 255)
@@ -129,6 +132,17 @@ cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report) {
         cv::putText(canvas, label, at, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, colour, thickness);
     }
     return canvas;
+}
+
+cv::Mat shrinkTo(const cv::Mat& picture, int width) {
+    if (width <= 0 || width >= picture.cols) {
+        return picture;
+    }
+    const int height = std::max(
+        1, static_cast<int>(std::lround(static_cast<double>(picture.rows) * width / picture.cols)));
+    cv::Mat out;
+    cv::resize(picture, out, cv::Size(width, height), 0, 0, cv::INTER_AREA);
+    return out;
 }
 
 cv::Mat greyView(const cv::Mat& raw16, int bits) {

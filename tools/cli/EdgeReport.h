@@ -43,8 +43,13 @@ void printCsv(std::FILE* out, const FrameReport& report);
 void printJson(std::FILE* out, const FrameReport& report);
 
 // The frame (8-bit grey) with every region outlined, numbered and labelled with its SFR at
-// Nyquist/4: green/red against the limit, or yellow without one.
-cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report);
+// Nyquist/4: green/red against the limit, or yellow without one. A picture that will be shown
+// `outputWidth` pixels across (0: as drawn) gets labels and lines large enough to read there.
+cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report, int outputWidth = 0);
+
+// The picture shrunk to `width` columns (area averaging); unchanged when width <= 0 or
+// not smaller than the picture.
+cv::Mat shrinkTo(const cv::Mat& picture, int width);
 
 // An 8-bit grey view of a raw Bayer R G frame of `bits`-bit words.
 cv::Mat greyView(const cv::Mat& raw16, int bits);

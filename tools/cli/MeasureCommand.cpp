@@ -40,6 +40,7 @@ const char* measureHelp() {
            "  --packing P        words16 (default) or mipi10, for raw files\n"
            "  --json | --csv     output format (default: a table)\n"
            "  --overlay OUT.png  the frame with every region, its index and SFR at Nyquist/4\n"
+           "  --overlay-width W  shrink the overlay picture to W pixels across\n"
            "  --min-sfr X        limit on the SFR at Nyquist/4: failing edges are marked red\n"
            "                     and the exit status is 1\n"
            "exit status: 0 measured, 1 an edge below --min-sfr, 2 bad arguments, 3 unreadable\n"
@@ -54,7 +55,7 @@ int runMeasure(const std::vector<std::string>& args) {
     const std::string path = args[0];
     const CommandLine cl(std::vector<std::string>(args.begin() + 1, args.end()),
                          {"--width", "--height", "--member", "--roi", "--mark", "--freq-divisor",
-                          "--packing", "--overlay", "--min-sfr"},
+                          "--packing", "--overlay", "--overlay-width", "--min-sfr"},
                          {"--json", "--csv"});
     const std::vector<Member> members = allMembers();
     if (!cl.has("--member")) {
@@ -84,7 +85,10 @@ int runMeasure(const std::vector<std::string>& args) {
         printTable(stdout, report);
     }
     if (cl.has("--overlay")) {
-        writeImage(cl.text("--overlay", ""), drawOverlay(greyView(raw, member->bits), report));
+        const int overlayWidth = cl.integer("--overlay-width", 0);
+        writeImage(
+            cl.text("--overlay", ""),
+            shrinkTo(drawOverlay(greyView(raw, member->bits), report, overlayWidth), overlayWidth));
     }
     return report.failures() == 0 ? kExitOk : kExitBelowLimit;
 }
