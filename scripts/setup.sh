@@ -10,6 +10,8 @@ packages=(
     libbenchmark-dev  # Google Benchmark
     clang-format      # formatting check run by the test suite
     python3-dev pybind11-dev python3-numpy python3-pytest  # the Python module and its tests
+    clang-14 libclang-rt-14-dev libomp-14-dev  # libFuzzer and ThreadSanitizer builds
+    valgrind          # memcheck over the end-to-end tests
 )
 
 missing=()

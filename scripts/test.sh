@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# The whole test suite: set up, build, run every test; then the same suite once more
-# under AddressSanitizer + UndefinedBehaviorSanitizer.
+# The whole test suite: set up, build, run every test; the same suite once more under
+# AddressSanitizer + UndefinedBehaviorSanitizer; then the libFuzzer harnesses (about 30 s
+# each), ThreadSanitizer over the concurrency tests and valgrind over the end-to-end tests.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 jobs="$(nproc)"
@@ -18,3 +19,10 @@ echo "== tests (AddressSanitizer + UndefinedBehaviorSanitizer)"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     ctest --test-dir "$root/build-asan" --output-on-failure -j "$jobs"
+
+echo "== fuzzing (libFuzzer, ASan + UBSan, clang-14)"
+"$root/scripts/fuzz.sh" "$root/build-fuzz"
+echo "== ThreadSanitizer (clang-14, libomp)"
+"$root/scripts/tsan.sh" "$root/build-tsan"
+echo "== valgrind memcheck"
+"$root/scripts/valgrind.sh" "$root/build"

@@ -141,6 +141,11 @@ std::vector<MemberCase> memberCases() {
     };
 }
 
+// GoogleTest would otherwise print the case's raw bytes, padding included.
+void PrintTo(const MemberCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class FrameMeasurement : public ::testing::TestWithParam<MemberCase> {};
 
 TEST_P(FrameMeasurement, LocatesAndMeasuresEveryEdgeAgainstTruth) {

@@ -30,6 +30,11 @@ std::string caseName(const ::testing::TestParamInfo<EdgeCase>& info) {
     return name.str();
 }
 
+// GoogleTest would otherwise print the case's raw bytes, padding included.
+void PrintTo(const EdgeCase& c, std::ostream* os) {
+    *os << caseName(::testing::TestParamInfo<EdgeCase>(c, 0));
+}
+
 render::SlantedEdgeScene sceneOf(const EdgeCase& c) {
     render::SlantedEdgeScene scene = edgeScene(c.sigma, c.angle);
     scene.family = c.family;

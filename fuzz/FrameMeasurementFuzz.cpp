@@ -1,0 +1,87 @@
+// The thirteen whole-frame members on small fuzzed raw frames and parameters. Status 0, -1,
+// -2 or -3; on failure the caller's record is byte for byte what it was; the RQ8 members
+// leave roiSize at 90 whatever happened.
+#include <cstdint>
+#include <cstring>
+
+#include "FuzzInput.h"
+#include "talonvireo/talonVireoSFR.h"
+
+namespace {
+using namespace talonvireo;
+using namespace talonvireo::fuzz;
+
+template <class Record>
+using Member = int (*)(unsigned char*, int, int, const SFRParam&, Record&);
+
+template <class Record>
+void run(Member<Record> member, unsigned char* img, int width, int height, SFRParam param,
+         bool rq8) {
+    Record result;
+    std::memset(&result, 0x5A, sizeof result);
+    Record before;
+    std::memcpy(&before, &result, sizeof result);
+    const int status = member(img, width, height, param, result);
+    contract(status >= -3 && status <= 0);
+    if (status != 0) {
+        contract(std::memcmp(&result, &before, sizeof result) == 0);
+    }
+    contract(!rq8 || param.roiSize == 90);
+}
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzInput in(data, size);
+    const int which = in.take<std::uint8_t>() % 13;
+    const int width = foldSize(in.take<std::int16_t>(), 320);
+    const int height = foldSize(in.take<std::int16_t>(), 240);
+    SFRParam param;
+    param.freqDivisor = in.take<float>();
+    param.roiSize = in.take<std::int16_t>();
+    param.markSearchSize = in.take<std::int16_t>();
+    const auto flags = in.take<std::uint8_t>();
+    const std::size_t pixels =
+        width > 0 && height > 0 ? static_cast<std::size_t>(width) * height : 0;
+    std::vector<std::uint8_t> words = in.payload(2 * pixels + 2);
+    unsigned char* img = (flags & 1) ? nullptr : words.data();
+
+    const Member<SFRResult> full10 = talonvireoSFR;
+    const Member<SFRResult_HLX5> hlx10 = talonvireoSFR;
+    const Member<SFRResult> full14 = talonvireoSFR_raw14;
+    const Member<SFRResult_HLX5> hlx14 = talonvireoSFR_raw14;
+    switch (which) {
+        case 0:
+            return run(full10, img, width, height, param, false), 0;
+        case 1:
+            return run(hlx10, img, width, height, param, false), 0;
+        case 2:
+            return run(full14, img, width, height, param, false), 0;
+        case 3:
+            return run(hlx14, img, width, height, param, false), 0;
+        case 4:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw16, img, width, height, param, false), 0;
+        case 5:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw16_HLX5_8K, img, width, height, param,
+                                       false),
+                   0;
+        case 6:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw10_HLX6C, img, width, height, param, false),
+                   0;
+        case 7:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw14_HLX6C, img, width, height, param, false),
+                   0;
+        case 8:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw16_HLX6C, img, width, height, param, false),
+                   0;
+        case 9:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw16_HLX6C_8K, img, width, height, param,
+                                       false),
+                   0;
+        case 10:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw10_RQ8, img, width, height, param, true), 0;
+        case 11:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw14_RQ8, img, width, height, param, true), 0;
+        default:
+            return run<SFRResult_HLX5>(talonvireoSFR_raw16_RQ8, img, width, height, param, true), 0;
+    }
+}

@@ -1,0 +1,72 @@
+// TalonCalSFR and measureSfrCurve on fuzzed sizes, formats and pixels. Both must agree on the
+// status; a failed TalonCalSFR leaves every figure 0 and the divisor as it was; a failed
+// measureSfrCurve leaves the curve alone.
+#include <cstdint>
+#include <cstring>
+
+#include "FuzzInput.h"
+#include "talonvireo/talonVireoSFR.h"
+
+namespace {
+using namespace talonvireo::fuzz;
+
+constexpr int kFormats[] = {0x100, 0x200, 0x400, 0x800, 0x011, 0x012,
+                            0x014, 0x018, 0x021, 0x042, 0x084};
+
+int bytesPerPixel(int format) {
+    switch (format & 0xFF0) {
+        case 0x010:
+        case 0x100:
+            return 1;
+        case 0x020:
+        case 0x040:
+        case 0x080:
+        case 0x200:
+            return 2;
+        case 0x400:
+            return 3;
+        case 0x800:
+            return 6;
+        default:
+            return 6;  // unknown: a buffer large enough for any layout
+    }
+}
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzInput in(data, size);
+    const int width = foldSize(in.take<std::int16_t>(), 160);
+    const int height = foldSize(in.take<std::int16_t>(), 160);
+    const auto selector = in.take<std::uint16_t>();
+    const int format = selector < 0x8000 ? kFormats[selector % std::size(kFormats)]
+                                         : static_cast<int>(selector & 0xFFF);
+    const auto flags = in.take<std::uint8_t>();
+    const double divisor = (in.take<std::uint8_t>() - 64) / 8.0;
+    const std::size_t pixels =
+        width > 0 && height > 0 ? static_cast<std::size_t>(width) * height : 0;
+    std::vector<std::uint8_t> image = in.payload(pixels * bytesPerPixel(format) + 1);
+    unsigned char* buffer = (flags & 1) ? nullptr : image.data();
+
+    tagSFRResult result;
+    std::memset(&result, 0x5A, sizeof result);
+    result.nyquistDivisor = divisor;
+    const int status = TalonCalSFR(buffer, width, height, format, result);
+    contract(status >= -4 && status <= 0);
+    contract(std::memcmp(&result.nyquistDivisor, &divisor, sizeof divisor) == 0);
+    if (status != 0) {
+        tagSFRResult cleared{};
+        cleared.nyquistDivisor = divisor;
+        contract(std::memcmp(&result, &cleared, sizeof result) == 0);
+    }
+
+    talonvireo::SfrCurveOptions options;
+    options.frequencies = {0.125, divisor, -1.0};
+    options.normalFrequencyAxis = (flags & 2) != 0;
+    talonvireo::SfrCurve curve;
+    curve.channels.resize(7);
+    const int curveStatus =
+        talonvireo::measureSfrCurve(buffer, width, height, format, options, curve);
+    contract(curveStatus == status);
+    contract(status == 0 || curve.channels.size() == 7);
+    return 0;
+}
