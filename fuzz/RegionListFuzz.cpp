@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "FuzzInput.h"
+#include "sfr/RegionPreparation.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
 using namespace talonvireo::fuzz;
 constexpr int kFormats[] = {0x100, 0x200, 0x400, 0x011, 0x021, 0x999};
-constexpr int kBytes[] = {1, 2, 3, 1, 2, 6};
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -33,7 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::size_t pixels =
         width > 0 && height > 0 ? static_cast<std::size_t>(width) * height : 0;
-    std::vector<std::uint8_t> image = in.payload(pixels * kBytes[pick] + 1);
+    const int bytes = talonvireo::sfr::bytesPerPixel(kFormats[pick]);
+    std::vector<std::uint8_t> image = in.payload(pixels * (bytes > 0 ? bytes : 6) + 1);
 
     std::vector<tagSFRResult> results(rois.size());
     std::memset(results.data(), 0x5A, results.size() * sizeof(tagSFRResult));

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "FuzzInput.h"
+#include "sfr/RegionPreparation.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
@@ -13,24 +14,6 @@ using namespace talonvireo::fuzz;
 constexpr int kFormats[] = {0x100, 0x200, 0x400, 0x800, 0x011, 0x012,
                             0x014, 0x018, 0x021, 0x042, 0x084};
 
-int bytesPerPixel(int format) {
-    switch (format & 0xFF0) {
-        case 0x010:
-        case 0x100:
-            return 1;
-        case 0x020:
-        case 0x040:
-        case 0x080:
-        case 0x200:
-            return 2;
-        case 0x400:
-            return 3;
-        case 0x800:
-            return 6;
-        default:
-            return 6;  // unknown: a buffer large enough for any layout
-    }
-}
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -44,7 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const double divisor = (in.take<std::uint8_t>() - 64) / 8.0;
     const std::size_t pixels =
         width > 0 && height > 0 ? static_cast<std::size_t>(width) * height : 0;
-    std::vector<std::uint8_t> image = in.payload(pixels * bytesPerPixel(format) + 1);
+    // An unknown layout gets a buffer large enough for any (6 bytes, 16-bit BGR).
+    const int bytes = talonvireo::sfr::bytesPerPixel(format);
+    std::vector<std::uint8_t> image = in.payload(pixels * (bytes > 0 ? bytes : 6) + 1);
     unsigned char* buffer = (flags & 1) ? nullptr : image.data();
 
     tagSFRResult result;

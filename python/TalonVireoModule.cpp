@@ -52,15 +52,15 @@ py::list measureFrame(py::object raw, const std::string& member, int roiSize, in
     }
     const int height = static_cast<int>(frame.shape(0));
     const int width = static_cast<int>(frame.shape(1));
-    // The members take a mutable pointer but never write the frame; a private copy keeps
-    // the caller's array safe all the same.
-    std::vector<unsigned short> samples(frame.data(), frame.data() + frame.size());
+    // The members take a mutable pointer but only read the frame; `frame` keeps the array
+    // alive while the GIL is released.
+    auto* samples = const_cast<unsigned short*>(frame.data());
     SFRParam param{static_cast<float>(freqDivisor), roiSize, markSearchSize};
     std::vector<SFREdgeResult> edges;
     int status;
     {
         py::gil_scoped_release unlocked;
-        status = m->measure(samples.data(), width, height, param, edges);
+        status = m->measure(samples, width, height, param, edges);
     }
     switch (status) {
         case 0:

@@ -1,6 +1,7 @@
 #include "sfr/SfrTables.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "sfr/DerivativeCorrection.h"
 #include "sfr/EdgeProjection.h"
@@ -23,8 +24,8 @@ int writeChannelTables(SfrContext& ctx, int channel) {
     const std::vector<double> correct = derivativeCorrection(cols);
     ctx.nyquist = 1.0 / (ctx.delfac * 2.0);
 
-    const std::vector<double> esf = oversampledEdgeProfile(ctx.working, ctx.line.slope);
-    const std::vector<double> lsf = centredLineSpread(esf, ctx.kernels.threeTap);
+    std::vector<double> esf = oversampledEdgeProfile(ctx.working, ctx.line.slope);
+    std::vector<double> lsf = centredLineSpread(esf, ctx.kernels.threeTap);
     std::vector<double> magnitude(static_cast<size_t>(half));
     lineSpreadTransform(lsf.data(), n, half, magnitude.data());
     if (magnitude.empty() || magnitude[0] == 0.0) {
@@ -48,7 +49,8 @@ int writeChannelTables(SfrContext& ctx, int channel) {
     if (ctx.profiles.size() <= static_cast<size_t>(channel)) {
         ctx.profiles.resize(static_cast<size_t>(channel) + 1);
     }
-    ctx.profiles[static_cast<size_t>(channel)] = {esf, lsf, ctx.edgeAngle, ctx.delfac};
+    ctx.profiles[static_cast<size_t>(channel)] = {std::move(esf), std::move(lsf), ctx.edgeAngle,
+                                                  ctx.delfac};
     return kSfrOk;
 }
 

@@ -3,8 +3,19 @@
 #include <cstddef>
 #include <stdexcept>
 
+#include "CliError.h"
+
 namespace talonvireo {
 namespace cli {
+
+std::string leadingOperand(const std::vector<std::string>& args, const std::string& missing,
+                           std::vector<std::string>& rest) {
+    if (args.empty() || args[0].rfind("--", 0) == 0) {
+        throw CliError(kExitBadArguments, missing);
+    }
+    rest.assign(args.begin() + 1, args.end());
+    return args[0];
+}
 
 CommandLine::CommandLine(const std::vector<std::string>& args, const std::set<std::string>& valued,
                          const std::set<std::string>& flags) {

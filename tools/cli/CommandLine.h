@@ -9,6 +9,11 @@
 namespace talonvireo {
 namespace cli {
 
+// The first argument, a file name, when it is not an option; throws CliError (bad
+// arguments) with `missing` otherwise. `rest` receives the arguments after it.
+std::string leadingOperand(const std::vector<std::string>& args, const std::string& missing,
+                           std::vector<std::string>& rest);
+
 class CommandLine {
 public:
     // `valued` names options that take a value, `flags` those that do not.

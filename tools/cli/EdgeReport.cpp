@@ -27,7 +27,6 @@ int FrameReport::failures() const {
 }
 
 void printTable(std::FILE* out, const FrameReport& report) {
-    const bool truth = !report.rows.empty() && report.rows[0].hasTruth;
     std::fprintf(out, "%s on %d x %d: %zu edges in %.1f ms (roiSize %d, markSearchSize %d",
                  report.member.c_str(), report.width, report.height, report.rows.size(),
                  report.milliseconds, report.param.roiSize, report.param.markSearchSize);
@@ -35,7 +34,7 @@ void printTable(std::FILE* out, const FrameReport& report) {
                  static_cast<double>(report.param.freqDivisor));
     std::fprintf(out, "%5s %11s %4s %8s %8s %8s", "edge", "centre", "side", "SFR N/4", "SFR N/2",
                  "custom");
-    if (truth) {
+    if (report.hasTruth()) {
         std::fprintf(out, " | %8s %8s %8s %8s", "true N/4", "true N/2", "angle", "off px");
     }
     std::fprintf(out, report.hasLimit ? " %s\n" : "\n", "limit");
@@ -57,8 +56,8 @@ void printTable(std::FILE* out, const FrameReport& report) {
 
 void printCsv(std::FILE* out, const FrameReport& report) {
     std::fprintf(out, "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist,sfr_custom");
-    const bool truth = !report.rows.empty() && report.rows[0].hasTruth;
-    std::fprintf(out, truth ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "");
+    std::fprintf(out,
+                 report.hasTruth() ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "");
     std::fprintf(out, report.hasLimit ? ",pass\n" : "\n");
     for (const EdgeRow& row : report.rows) {
         const SFREdgeResult& m = row.measured;

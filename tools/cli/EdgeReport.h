@@ -36,6 +36,7 @@ struct FrameReport {
         return !hasLimit || row.measured.sfrQuarterNyquist >= minSfr;
     }
     int failures() const;
+    bool hasTruth() const { return !rows.empty() && rows[0].hasTruth; }
 };
 
 void printTable(std::FILE* out, const FrameReport& report);

@@ -28,21 +28,36 @@ std::vector<unsigned char> readBytes(const std::string& path) {
     return bytes;
 }
 
-std::string lowerExtension(const std::string& path) {
-    const auto dot = path.find_last_of('.');
-    if (dot == std::string::npos || path.find('/', dot) != std::string::npos) {
-        return "";
-    }
-    std::string ext = path.substr(dot + 1);
-    std::transform(ext.begin(), ext.end(), ext.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ext;
-}
-
 std::uint64_t packedSize(std::uint64_t samples, Packing packing) {
     return packing == Packing::Words16 ? samples * 2 : (samples * 5 + 3) / 4;
 }
 }  // namespace
+
+bool isImagePath(const std::string& path) {
+    const auto dot = path.find_last_of('.');
+    if (dot == std::string::npos || path.find('/', dot) != std::string::npos) {
+        return false;
+    }
+    std::string ext = path.substr(dot + 1);
+    std::transform(ext.begin(), ext.end(), ext.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ext == "pgm" || ext == "png" || ext == "tif" || ext == "tiff";
+}
+
+cv::Mat readRawImage(const std::string& path, int width, int height, int type) {
+    if (width <= 0 || height <= 0) {
+        throw CliError(kExitBadArguments, "a raw file needs --width and --height above 0");
+    }
+    const std::vector<unsigned char> bytes = readBytes(path);
+    cv::Mat image(height, width, type);
+    const std::size_t expected = image.total() * image.elemSize();
+    if (bytes.size() != expected) {
+        throw CliError(kExitWrongFileSize, path + " holds " + std::to_string(bytes.size()) +
+                                               " bytes, not " + std::to_string(expected));
+    }
+    std::copy(bytes.begin(), bytes.end(), image.data);
+    return image;
+}
 
 Packing parsePacking(const std::string& name) {
     if (name == "words16") {
@@ -100,8 +115,7 @@ cv::Mat readImage(const std::string& path) {
 }
 
 cv::Mat readFrame(const std::string& path, int width, int height, Packing packing) {
-    const std::string ext = lowerExtension(path);
-    if (ext != "pgm" && ext != "png" && ext != "tif" && ext != "tiff") {
+    if (!isImagePath(path)) {
         return readRawFrame(path, width, height, packing);
     }
     const cv::Mat image = readImage(path);

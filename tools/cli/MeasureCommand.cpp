@@ -49,11 +49,9 @@ const char* measureHelp() {
 }
 
 int runMeasure(const std::vector<std::string>& args) {
-    if (args.empty() || args[0].rfind("--", 0) == 0) {
-        throw CliError(kExitBadArguments, "measure needs a FRAME file first");
-    }
-    const std::string path = args[0];
-    const CommandLine cl(std::vector<std::string>(args.begin() + 1, args.end()),
+    std::vector<std::string> optionArgs;
+    const std::string path = leadingOperand(args, "measure needs a FRAME file first", optionArgs);
+    const CommandLine cl(optionArgs,
                          {"--width", "--height", "--member", "--roi", "--mark", "--freq-divisor",
                           "--packing", "--overlay", "--overlay-width", "--min-sfr"},
                          {"--json", "--csv"});

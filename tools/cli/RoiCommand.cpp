@@ -2,8 +2,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "CliError.h"
@@ -11,6 +9,7 @@
 #include "CurvePlot.h"
 #include "FrameFile.h"
 #include "OutputFile.h"
+#include "render/RegionEncoding.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace talonvireo {
@@ -18,36 +17,6 @@ namespace cli {
 
 namespace {
 namespace pf = talonvireo::PixelFormat;
-
-bool isImageFile(const std::string& path) {
-    for (const char* ext : {".png", ".pgm", ".tif", ".tiff", ".PNG", ".PGM", ".TIF", ".TIFF"}) {
-        const std::string e(ext);
-        if (path.size() > e.size() && path.compare(path.size() - e.size(), e.size(), e) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// OpenCV type a pixel-format code is laid out as; -1 for an unknown code.
-int matTypeOf(int format) {
-    switch (format & pf::LayoutMask) {
-        case pf::Bayer8:
-        case pf::Grey8:
-            return CV_8UC1;
-        case pf::Bayer16:
-        case pf::Bayer16B:
-        case pf::Bayer16C:
-        case pf::Grey16:
-            return CV_16UC1;
-        case pf::Bgr8:
-            return CV_8UC3;
-        case pf::Bgr16:
-            return CV_16UC3;
-        default:
-            return -1;
-    }
-}
 
 int formatOf(const cv::Mat& image) {
     switch (image.type()) {
@@ -62,25 +31,6 @@ int formatOf(const cv::Mat& image) {
         default:
             throw CliError(kExitUnreadableFile, "an image of 8- or 16-bit grey or colour needed");
     }
-}
-
-cv::Mat readRawRegion(const std::string& path, int width, int height, int type) {
-    if (width <= 0 || height <= 0) {
-        throw CliError(kExitBadArguments, "a raw region needs --width, --height and --format");
-    }
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        throw CliError(kExitUnreadableFile, "cannot read " + path);
-    }
-    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    cv::Mat region(height, width, type);
-    const std::size_t expected = region.total() * region.elemSize();
-    if (bytes.size() != expected) {
-        throw CliError(kExitWrongFileSize, path + " holds " + std::to_string(bytes.size()) +
-                                               " bytes, not " + std::to_string(expected));
-    }
-    std::copy(bytes.begin(), bytes.end(), region.data);
-    return region;
 }
 
 cv::Rect parseRect(const std::string& text) {
@@ -184,17 +134,15 @@ const char* roiHelp() {
 }
 
 int runRoi(const std::vector<std::string>& args) {
-    if (args.empty() || args[0].rfind("--", 0) == 0) {
-        throw CliError(kExitBadArguments, "roi needs an IMAGE file first");
-    }
-    const std::string path = args[0];
+    std::vector<std::string> optionArgs;
+    const std::string path = leadingOperand(args, "roi needs an IMAGE file first", optionArgs);
     const CommandLine cl(
-        std::vector<std::string>(args.begin() + 1, args.end()),
+        optionArgs,
         {"--format", "--width", "--height", "--rect", "--freq-divisor", "--curve", "--plot"},
         {"--normal-axis", "--json"});
     cv::Mat image;
     int format = cl.integer("--format", 0);
-    if (isImageFile(path)) {
+    if (isImagePath(path)) {
         image = readImage(path);
         if (format == 0) {
             format = formatOf(image);
@@ -203,13 +151,13 @@ int runRoi(const std::vector<std::string>& args) {
         if (!cl.has("--format")) {
             throw CliError(kExitBadArguments, "a raw region needs --format");
         }
-        const int type = matTypeOf(format);
+        const int type = render::formatMatrixType(format);
         if (type < 0) {
             throw CliError(kExitBadArguments, "unknown --format " + cl.text("--format", ""));
         }
-        image = readRawRegion(path, cl.integer("--width", 0), cl.integer("--height", 0), type);
+        image = readRawImage(path, cl.integer("--width", 0), cl.integer("--height", 0), type);
     }
-    if (matTypeOf(format) != image.type()) {
+    if (render::formatMatrixType(format) != image.type()) {
         throw CliError(kExitBadArguments,
                        "--format " + cl.text("--format", "") + " does not fit the image's samples");
     }

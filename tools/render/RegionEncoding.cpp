@@ -22,34 +22,35 @@ cv::Mat quantise16(const cv::Mat& levels, double scale) {
     return out;
 }
 
-std::vector<unsigned char> encodeRegion(const cv::Mat& grey, int format) {
-    if (grey.channels() != 1 || (grey.depth() != CV_8U && grey.depth() != CV_16U)) {
-        throw std::invalid_argument("encodeRegion takes one 8- or 16-bit channel");
-    }
-    const int layout = format & pf::LayoutMask;
-    int channels = 1;
-    int depth = CV_8U;
-    switch (layout) {
+int formatMatrixType(int format) {
+    switch (format & pf::LayoutMask) {
         case pf::Bayer8:
         case pf::Grey8:
-            break;
+            return CV_8UC1;
         case pf::Bayer16:
         case pf::Bayer16B:
         case pf::Bayer16C:
         case pf::Grey16:
-            depth = CV_16U;
-            break;
+            return CV_16UC1;
         case pf::Bgr8:
-            channels = 3;
-            break;
+            return CV_8UC3;
         case pf::Bgr16:
-            channels = 3;
-            depth = CV_16U;
-            break;
+            return CV_16UC3;
         default:
-            throw std::invalid_argument("unknown pixel format");
+            return -1;
     }
-    if (grey.depth() != depth) {
+}
+
+std::vector<unsigned char> encodeRegion(const cv::Mat& grey, int format) {
+    if (grey.channels() != 1 || (grey.depth() != CV_8U && grey.depth() != CV_16U)) {
+        throw std::invalid_argument("encodeRegion takes one 8- or 16-bit channel");
+    }
+    const int type = formatMatrixType(format);
+    if (type < 0) {
+        throw std::invalid_argument("unknown pixel format");
+    }
+    const int channels = CV_MAT_CN(type);
+    if (grey.depth() != CV_MAT_DEPTH(type)) {
         throw std::invalid_argument("sample depth does not match the pixel format");
     }
     cv::Mat packed;
