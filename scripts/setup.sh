@@ -12,6 +12,8 @@ packages=(
     python3-dev pybind11-dev python3-numpy python3-pytest  # the Python module and its tests
     clang-14 libclang-rt-14-dev libomp-14-dev  # libFuzzer and ThreadSanitizer builds
     valgrind          # memcheck over the end-to-end tests
+    libcli11-dev nlohmann-json3-dev  # the command line's parser and JSON writer
+    dpkg-dev          # cpack's Debian package and its checks
 )
 
 missing=()

@@ -2,17 +2,25 @@
 # Frames come from the tool's own renderer (fixture CliFrames) in one scratch folder.
 set(cli_dir ${CMAKE_CURRENT_BINARY_DIR}/cli)
 
-# cli_test(NAME STATUS MATCH [FILES f...] [FIXTURE] ARGS a...)
+# cli_test(NAME STATUS MATCH [NOMATCH re] [FILES f...] [JSON] [JSON_FILES f...] [FIXTURE]
+#          ARGS a...)   JSON: stdout must be strict JSON; JSON_FILES: so must these files.
 function(cli_test)
-    cmake_parse_arguments(T "FIXTURE" "NAME;STATUS;MATCH" "FILES;ARGS" ${ARGN})
+    cmake_parse_arguments(T "FIXTURE;JSON" "NAME;STATUS;MATCH;NOMATCH" "FILES;JSON_FILES;ARGS"
+        ${ARGN})
     string(JOIN "|" args ${T_ARGS})
     string(JOIN "|" files ${T_FILES})
+    string(JOIN "|" json_files ${T_JSON_FILES})
+    set(strict OFF)
+    if(T_JSON)
+        set(strict ON)
+    endif()
     foreach(f IN LISTS T_FILES)
         file(REMOVE ${cli_dir}/${f})
     endforeach()
     add_test(NAME Cli.${T_NAME}
         COMMAND ${CMAKE_COMMAND} "-DCOMMAND=$<TARGET_FILE:talonvireo-sfr>|${args}"
-            -DSTATUS=${T_STATUS} "-DMATCH=${T_MATCH}" "-DFILES=${files}" -DWORKDIR=${cli_dir}
+            -DSTATUS=${T_STATUS} "-DMATCH=${T_MATCH}" "-DNOMATCH=${T_NOMATCH}" "-DFILES=${files}"
+            "-DJSON_FILES=${json_files}" -DSTRICT_JSON=${strict} -DWORKDIR=${cli_dir}
             -P ${CMAKE_CURRENT_SOURCE_DIR}/ExpectCommand.cmake)
     if(T_FIXTURE)
         set_tests_properties(Cli.${T_NAME} PROPERTIES FIXTURES_SETUP CliFrames)
@@ -22,18 +30,22 @@ function(cli_test)
 endfunction()
 
 # ---- The dispatcher ----
-cli_test(NAME NoCommandPrintsUsage STATUS 2 MATCH "usage: talonvireo-sfr COMMAND")
+cli_test(NAME NoCommandPrintsUsage STATUS 2 MATCH "Usage: talonvireo-sfr .*SUBCOMMAND")
 cli_test(NAME HelpListsEveryCommand STATUS 0 MATCH "demo.*measure.*roi.*render" ARGS --help)
 cli_test(NAME UnknownCommandIsRefused STATUS 2 MATCH "unknown command 'nope'" ARGS nope)
 foreach(command demo measure roi render)
     cli_test(NAME ${command}.HelpTextExplainsTheOptions STATUS 0
-        MATCH "usage: talonvireo-sfr ${command}" ARGS ${command} --help)
+        MATCH "Usage: talonvireo-sfr ${command}" ARGS ${command} --help)
 endforeach()
 
 # ---- render: frames for the other commands ----
 cli_test(NAME render.WritesChartFrameAndTruth FIXTURE STATUS 0 MATCH "wrote h6.raw"
-    FILES h6.raw h6.png h6.json
+    FILES h6.raw h6.png h6.json JSON_FILES h6.json
     ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --out h6)
+cli_test(NAME render.WritesAK83P09BQFrame FIXTURE STATUS 0 FILES q8.raw
+    ARGS render --project K83P09BQ --bits 10 --bayer --sigma 0.8 --out q8)
+cli_test(NAME render.WritesASixteenBitHLX6CFrame FIXTURE STATUS 0 FILES h16.raw
+    ARGS render --project HLX6C --bits 16 --bayer --sigma 0.8 --out h16)
 cli_test(NAME render.WritesMipiRaw10 FIXTURE STATUS 0 MATCH "wrote h6m.raw" FILES h6m.raw
     ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --packing mipi10 --out h6m)
 cli_test(NAME render.CropsTheFrameAroundTheChart FIXTURE STATUS 0 FILES crop.raw
@@ -67,7 +79,7 @@ cli_test(NAME demo.MarksEdgesBelowTheLimit STATUS 1 MATCH "FAIL.*68 of 68 edges 
 cli_test(NAME demo.RefusesADepthWithoutAMember STATUS 2 MATCH "no member measures K31R22BX at 16"
     ARGS demo --bits 16)
 cli_test(NAME demo.RefusesUnknownProjects STATUS 2 MATCH "unknown project" ARGS demo --project X)
-cli_test(NAME demo.RefusesUnknownOptions STATUS 2 MATCH "unknown option --nope" ARGS demo --nope)
+cli_test(NAME demo.RefusesUnknownOptions STATUS 2 MATCH "bad arguments: .*--nope" ARGS demo --nope)
 
 # ---- measure ----
 set(h6 h6.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
@@ -83,7 +95,7 @@ cli_test(NAME measure.ExitsOneWhenAnEdgeIsBelowTheLimit STATUS 1 MATCH "52 of 52
 cli_test(NAME measure.ReadsMipiRaw10 STATUS 0 MATCH "52 edges"
     ARGS measure h6m.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
         --packing mipi10)
-cli_test(NAME measure.NeedsAFrame STATUS 2 MATCH "measure needs a FRAME file first"
+cli_test(NAME measure.NeedsAFrame STATUS 2 MATCH "FRAME is required"
     ARGS measure --member talonvireoSFR_raw16)
 cli_test(NAME measure.NeedsAMember STATUS 2 MATCH "--member is required"
     ARGS measure h6.raw --width 4000 --height 3000)
@@ -95,7 +107,7 @@ cli_test(NAME measure.RefusesUnknownPackings STATUS 2 MATCH "unknown packing 'ra
     ARGS measure ${h6} --packing raw12)
 cli_test(NAME measure.RefusesJsonAndCsvTogether STATUS 2 MATCH "exclude each other"
     ARGS measure ${h6} --json --csv)
-cli_test(NAME measure.RefusesNonNumbers STATUS 2 MATCH "bad arguments"
+cli_test(NAME measure.RefusesNonNumbers STATUS 2 MATCH "--roi takes an integer, not 'eighty'"
     ARGS measure ${h6} --roi eighty)
 cli_test(NAME measure.ReportsAnUnreadableFile STATUS 3 MATCH "cannot read missing.raw"
     ARGS measure missing.raw --width 4000 --height 3000 --member talonvireoSFR_raw16)
@@ -111,15 +123,15 @@ cli_test(NAME measure.ReportsAFailedSfrCalculation STATUS 7 MATCH "SFR calculati
 
 # ---- roi ----
 set(edge g8.png --rect 1841,1576,80,80)
-cli_test(NAME roi.PrintsTheFigures STATUS 0 MATCH "status 0, 1 channel.*MTF50.*\n +0 +-?[0-9.]+ +0\\.[78]"
+cli_test(NAME roi.PrintsTheFigures STATUS 0 MATCH "status 0, 1 channel.*MTF50.*\n +grey +-?[0-9.]+ +0\\.[78]"
     ARGS roi ${edge})
 cli_test(NAME roi.WritesTheCurveAndItsPlot STATUS 0 FILES curve.csv plot.png
     ARGS roi ${edge} --curve curve.csv --plot plot.png --freq-divisor 8)
 cli_test(NAME roi.ReportsOnTheNormalAxisAsJson STATUS 0
-    MATCH "\"normalFrequencyAxis\": true.*\"mtf10\"" ARGS roi ${edge} --normal-axis --json)
+    MATCH "\"normal_frequency_axis\": true.*\"channel\": \"grey\".*\"mtf10\"" ARGS roi ${edge} --normal-axis --json)
 cli_test(NAME roi.ReadsARawRegion STATUS 0 MATCH "status 0"
     ARGS roi reg.raw --width 80 --height 80 --format 0x100)
-cli_test(NAME roi.NeedsAnImage STATUS 2 MATCH "roi needs an IMAGE file first" ARGS roi --json)
+cli_test(NAME roi.NeedsAnImage STATUS 2 MATCH "IMAGE is required" ARGS roi --json)
 cli_test(NAME roi.NeedsTheFormatOfARawRegion STATUS 2 MATCH "a raw region needs --format"
     ARGS roi reg.raw --width 80 --height 80)
 cli_test(NAME roi.RefusesAFormatThatDoesNotFitTheImage STATUS 2 MATCH "does not fit"
@@ -136,3 +148,97 @@ cli_test(NAME roi.ReportsARawRegionOfTheWrongSize STATUS 4 MATCH "holds 6400 byt
     ARGS roi reg.raw --width 90 --height 90 --format 0x100)
 cli_test(NAME roi.ReportsAFailedSfrCalculation STATUS 7 MATCH "edge contrast below 20 %"
     ARGS roi g8.png --rect 0,0,80,80)
+
+# ---- Versions, GNU option syntax ----
+cli_test(NAME VersionPrintsTheToolVersion STATUS 0 MATCH "^talonvireo-sfr [0-9]+\\.[0-9]+\\.[0-9]+"
+    ARGS --version)
+cli_test(NAME measure.AcceptsOptionEqualsValue STATUS 0 MATCH "52 edges"
+    ARGS measure h6.raw --width=4000 --height=3000 --member=talonvireoSFR_raw10_HLX6C)
+
+# ---- Strict JSON: a figure that does not exist is null; every document has its head ----
+cli_test(NAME json.MeasureWritesNullForAnInfiniteCustomFigure STATUS 0 JSON
+    MATCH "\"schema_version\": [0-9]+.*\"tool_version\".*\"input\": \"h6.raw\".*\"sfr_custom\": null"
+    ARGS measure ${h6} --freq-divisor 0.2 --json)
+cli_test(NAME json.RoiWritesNullForAFrequencyBeyondTheTable STATUS 0 JSON
+    MATCH "\"input\": \"g8.png\".*\"sfr_custom\": null" ARGS roi ${edge} --freq-divisor 0.1 --json)
+cli_test(NAME json.DemoReportIsStrictJson STATUS 0 FILES dj.json JSON_FILES dj.json
+    ARGS demo --project HLX6C --out dj)
+cli_test(NAME json.MeasureWithoutCustomIsStrictJson STATUS 0 JSON ARGS measure ${h6} --json)
+
+# ---- A custom figure that was not asked for is absent, not 0 ----
+cli_test(NAME measure.JsonLeavesOutAnUnrequestedCustomFigure STATUS 0 NOMATCH "custom"
+    ARGS measure ${h6} --json)
+cli_test(NAME measure.CsvLeavesOutAnUnrequestedCustomFigure STATUS 0 NOMATCH "custom"
+    ARGS measure ${h6} --csv)
+cli_test(NAME measure.TableLeavesOutAnUnrequestedCustomFigure STATUS 0 NOMATCH "custom"
+    ARGS measure ${h6})
+cli_test(NAME measure.CsvLeavesAnInfiniteFigureEmpty STATUS 0
+    MATCH "sfr_custom\n0,[0-9]+,[0-9]+,80,[0-9.]+,[0-9.]+,\n" NOMATCH "inf|nan"
+    ARGS measure ${h6} --freq-divisor 0.2 --csv)
+
+# ---- Bad numbers and files are refused with the option and its range ----
+cli_test(NAME measure.RefusesANanLimit STATUS 2 MATCH "--min-sfr must be a number from 0 to 2"
+    ARGS measure ${h6} --min-sfr nan)
+cli_test(NAME measure.RefusesANegativeFreqDivisor STATUS 2
+    MATCH "--freq-divisor must be a number above 0" ARGS measure ${h6} --freq-divisor -2)
+cli_test(NAME measure.RefusesANanFreqDivisor STATUS 2
+    MATCH "--freq-divisor must be a number above 0" ARGS measure ${h6} --freq-divisor nan)
+cli_test(NAME measure.RefusesANonNumericWidth STATUS 2 MATCH "--width takes an integer"
+    ARGS measure h6.raw --width 4k --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.RefusesAHugeWidth STATUS 2 MATCH "--width is out of range"
+    ARGS measure h6.raw --width 99999999999 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME roi.RefusesANonNumericFormat STATUS 2 MATCH "--format takes an integer"
+    ARGS roi reg.raw --width 80 --height 80 --format grey)
+cli_test(NAME measure.ReportsADirectoryAsFrame STATUS 3 MATCH "is a directory"
+    ARGS measure ${CMAKE_CURRENT_SOURCE_DIR} --width 4000 --height 3000
+        --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.RefusesAnUnsupportedImageType STATUS 3
+    MATCH "unsupported image type '.xyz'"
+    ARGS measure frame.xyz --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME roi.RefusesAnUnsupportedImageType STATUS 3 MATCH "unsupported image type '.gif'"
+    ARGS roi edge.gif)
+
+# ---- Every argument and output path is checked before any work ----
+cli_test(NAME measure.ChecksTheOverlayPathBeforeMeasuring STATUS 2
+    MATCH "--overlay /nonexistent/x.png: folder /nonexistent does not exist" NOMATCH "edges"
+    ARGS measure ${h6} --overlay /nonexistent/x.png)
+cli_test(NAME measure.ChecksTheOverlayExtensionBeforeMeasuring STATUS 2
+    MATCH "no image writer" NOMATCH "edges" ARGS measure ${h6} --overlay overlay.nope)
+cli_test(NAME roi.ChecksTheCurvePathBeforeMeasuring STATUS 2
+    MATCH "--curve /nonexistent/c.csv: folder" NOMATCH "status 0"
+    ARGS roi ${edge} --curve /nonexistent/c.csv)
+cli_test(NAME roi.ChecksThePlotPathBeforeMeasuring STATUS 2 MATCH "--plot .* is a directory"
+    NOMATCH "status 0" ARGS roi ${edge} --plot ${CMAKE_CURRENT_SOURCE_DIR})
+cli_test(NAME demo.ChecksTheOutputPrefixBeforeRendering STATUS 2
+    MATCH "--out /nonexistent/d.png: folder" NOMATCH "rendered" ARGS demo --out /nonexistent/d)
+cli_test(NAME demo.RefusesRoiZeroBeforeRendering STATUS 2 MATCH "--roi is out of range"
+    NOMATCH "rendered" ARGS demo --roi 0)
+
+# ---- The wrong chart, the wrong depth ----
+cli_test(NAME measure.RefusesAK83P09BQFrameMeasuredAsHLX6C STATUS 9
+    MATCH "frame does not look like the HLX6C chart \\(fit residual [0-9.]+ px\\)"
+    ARGS measure q8.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.RefusesAnHLX6CFrameMeasuredAsK83P09BQ STATUS 9
+    MATCH "frame does not look like the K83P09BQ chart"
+    ARGS measure h6.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_RQ8)
+cli_test(NAME measure.ReportsTheChartFitResidual STATUS 0 JSON
+    MATCH "\"chart_fit_residual_px\": [0-2]\\." ARGS measure ${h6} --json)
+cli_test(NAME measure.RefusesSamplesBeyondTheMemberDepth STATUS 10 MATCH "samples exceed 10 bits"
+    ARGS measure h16.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.WarnsWhenSamplesAreFarBelowTheMemberDepth STATUS 0
+    MATCH "warning: the largest sample, [0-9]+, is below 1/16 of 16-bit full scale"
+    ARGS measure h6.raw --width 4000 --height 3000 --member talonvireoSFR_raw16_HLX6C)
+
+# ---- roi: the members' roads, named channels ----
+cli_test(NAME roi.TakesTheMalvarRoadOfTheMembers STATUS 0 MATCH "\"road\": \"malvar\""
+    JSON ARGS roi h6.raw --width 4000 --height 3000 --format 0x021 --bits 10 --road malvar
+        --rect 1841,1576,80,80 --json)
+cli_test(NAME roi.RefusesARoadWithoutBits STATUS 2 MATCH "need --bits 10, 14 or 16"
+    ARGS roi h6.raw --width 4000 --height 3000 --format 0x021 --road edge-directed)
+cli_test(NAME roi.RefusesUnknownRoads STATUS 2 MATCH "unknown --road 'bilinear'"
+    ARGS roi ${edge} --road bilinear)
+
+# ---- demo: the closing summary ----
+cli_test(NAME demo.EndsWithASummaryLine STATUS 0
+    MATCH "summary: worst centre error [0-9.]+ px; mean SFR - truth [+-][0-9.]+ at Nyquist/4, [+-][0-9.]+ at Nyquist/2\\. The Malvar"
+    ARGS demo --project K83P09BQ --out dsum)

@@ -1,6 +1,8 @@
 # Runs COMMAND ("|"-separated) in WORKDIR and checks its exit status (STATUS), that its
-# output (stdout and stderr together) matches MATCH, and that every file of FILES ("|"-
-# separated, relative to WORKDIR) exists and is not empty.
+# output (stdout and stderr together) matches MATCH and does not match NOMATCH, that every
+# file of FILES ("|"-separated, relative to WORKDIR) exists and is not empty, and with
+# STRICT_JSON that stdout and every file of JSON_FILES parse as strict JSON (python3's
+# json module refuses NaN and Infinity there).
 string(REPLACE "|" ";" command "${COMMAND}")
 file(MAKE_DIRECTORY "${WORKDIR}")
 execute_process(COMMAND ${command} WORKING_DIRECTORY "${WORKDIR}"
@@ -12,6 +14,9 @@ endif()
 if(DEFINED MATCH AND NOT "${MATCH}" STREQUAL "" AND NOT all MATCHES "${MATCH}")
     message(FATAL_ERROR "output does not match '${MATCH}':\n${all}")
 endif()
+if(DEFINED NOMATCH AND NOT "${NOMATCH}" STREQUAL "" AND all MATCHES "${NOMATCH}")
+    message(FATAL_ERROR "output matches '${NOMATCH}', which it must not:\n${all}")
+endif()
 if(DEFINED FILES AND NOT "${FILES}" STREQUAL "")
     string(REPLACE "|" ";" files "${FILES}")
     foreach(f IN LISTS files)
@@ -22,5 +27,32 @@ if(DEFINED FILES AND NOT "${FILES}" STREQUAL "")
         if(size EQUAL 0)
             message(FATAL_ERROR "${f} is empty")
         endif()
+    endforeach()
+endif()
+function(expect_strict_json path)
+    execute_process(COMMAND python3 -c
+            "import json,sys; json.load(open(sys.argv[1]), parse_constant=lambda c: sys.exit('bare ' + c))"
+            "${path}"
+        RESULT_VARIABLE json_rc ERROR_VARIABLE json_err)
+    if(NOT json_rc EQUAL 0)
+        message(FATAL_ERROR "${path} is not strict JSON: ${json_err}")
+    endif()
+    execute_process(COMMAND python3 -m json.tool "${path}" RESULT_VARIABLE tool_rc
+        OUTPUT_QUIET ERROR_VARIABLE tool_err)
+    if(NOT tool_rc EQUAL 0)
+        message(FATAL_ERROR "python3 -m json.tool refuses ${path}: ${tool_err}")
+    endif()
+endfunction()
+if(STRICT_JSON)
+    string(MD5 tag "${COMMAND}")
+    set(stdout_file "${WORKDIR}/stdout-${tag}.json")
+    file(WRITE "${stdout_file}" "${out}")
+    expect_strict_json("${stdout_file}")
+    file(REMOVE "${stdout_file}")
+endif()
+if(DEFINED JSON_FILES AND NOT "${JSON_FILES}" STREQUAL "")
+    string(REPLACE "|" ";" json_files "${JSON_FILES}")
+    foreach(f IN LISTS json_files)
+        expect_strict_json("${WORKDIR}/${f}")
     endforeach()
 endif()

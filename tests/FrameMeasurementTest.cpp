@@ -98,6 +98,12 @@ struct MemberCase {
     std::function<Worst()> run;
 };
 
+// The byte-pointer member among its overloads.
+template <class Record>
+Member<Record> byBytes(int (*member)(unsigned char*, int, int, const SFRParam&, Record&)) {
+    return member;
+}
+
 template <class Record>
 MemberCase memberCase(std::string name, Member<Record> member, ChartProject project, int bits,
                       int width, int height, const Tolerance& road) {
@@ -120,23 +126,23 @@ std::vector<MemberCase> memberCases() {
                               kEdgeDirectedRoad),
         memberCase<SFRResult_HLX5>("FourteenBitK74T16BX", full14, P::K74T16BX, 14, 4000, 3000,
                                    kEdgeDirectedRoad),
-        memberCase<SFRResult_HLX5>("SixteenBitK74T16BX", talonvireoSFR_raw16, P::K74T16BX, 16, 4000,
+        memberCase<SFRResult_HLX5>("SixteenBitK74T16BX", byBytes<SFRResult_HLX5>(talonvireoSFR_raw16), P::K74T16BX, 16, 4000,
                                    3000, kEdgeDirectedRoad),
-        memberCase<SFRResult_HLX5>("SixteenBitK74T16BXOn8KFrames", talonvireoSFR_raw16_HLX5_8K,
+        memberCase<SFRResult_HLX5>("SixteenBitK74T16BXOn8KFrames", byBytes<SFRResult_HLX5>(talonvireoSFR_raw16_HLX5_8K),
                                    P::K74T16BX, 16, 7680, 4320, kEdgeDirectedRoad),
-        memberCase<SFRResult_HLX5>("TenBitHLX6C", talonvireoSFR_raw10_HLX6C, P::HLX6C, 10, 4000,
+        memberCase<SFRResult_HLX5>("TenBitHLX6C", byBytes<SFRResult_HLX5>(talonvireoSFR_raw10_HLX6C), P::HLX6C, 10, 4000,
                                    3000, kMalvarRoad),
-        memberCase<SFRResult_HLX5>("FourteenBitHLX6C", talonvireoSFR_raw14_HLX6C, P::HLX6C, 14,
+        memberCase<SFRResult_HLX5>("FourteenBitHLX6C", byBytes<SFRResult_HLX5>(talonvireoSFR_raw14_HLX6C), P::HLX6C, 14,
                                    4000, 3000, kMalvarRoad),
-        memberCase<SFRResult_HLX5>("SixteenBitHLX6C", talonvireoSFR_raw16_HLX6C, P::HLX6C, 16, 4000,
+        memberCase<SFRResult_HLX5>("SixteenBitHLX6C", byBytes<SFRResult_HLX5>(talonvireoSFR_raw16_HLX6C), P::HLX6C, 16, 4000,
                                    3000, kMalvarRoad),
-        memberCase<SFRResult_HLX5>("SixteenBitHLX6COn8KFrames", talonvireoSFR_raw16_HLX6C_8K,
+        memberCase<SFRResult_HLX5>("SixteenBitHLX6COn8KFrames", byBytes<SFRResult_HLX5>(talonvireoSFR_raw16_HLX6C_8K),
                                    P::HLX6C, 16, 7680, 4320, kMalvarRoad),
-        memberCase<SFRResult_HLX5>("TenBitRQ8", talonvireoSFR_raw10_RQ8, P::K83P09BQ, 10, 4000,
+        memberCase<SFRResult_HLX5>("TenBitRQ8", byBytes<SFRResult_HLX5>(talonvireoSFR_raw10_RQ8), P::K83P09BQ, 10, 4000,
                                    3000, kMalvarRoad),
-        memberCase<SFRResult_HLX5>("FourteenBitRQ8", talonvireoSFR_raw14_RQ8, P::K83P09BQ, 14, 4000,
+        memberCase<SFRResult_HLX5>("FourteenBitRQ8", byBytes<SFRResult_HLX5>(talonvireoSFR_raw14_RQ8), P::K83P09BQ, 14, 4000,
                                    3000, kMalvarRoad),
-        memberCase<SFRResult_HLX5>("SixteenBitRQ8", talonvireoSFR_raw16_RQ8, P::K83P09BQ, 16, 4000,
+        memberCase<SFRResult_HLX5>("SixteenBitRQ8", byBytes<SFRResult_HLX5>(talonvireoSFR_raw16_RQ8), P::K83P09BQ, 16, 4000,
                                    3000, kMalvarRoad),
     };
 }

@@ -7,6 +7,7 @@
 // frequencies.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "talonvireo/Export.h"
@@ -27,6 +28,9 @@ struct SfrCurveOptions {
 
 /// One channel of a measured region.
 struct SfrChannelCurve {
+    /// What the channel holds: "grey" for grey and Bayer regions, "B", "G", "R" for the
+    /// channels of a BGR region (in that, OpenCV's, order).
+    std::string name;
     std::vector<double> frequency;  ///< cycles per pixel, ascending; frequency[0] = 0
     std::vector<double> sfr;        ///< SFR at each frequency; sfr[0] = 1
     /// Edge spread: mean level in quarter-pixel bins along the edge normal, dark to light.

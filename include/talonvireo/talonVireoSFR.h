@@ -8,5 +8,6 @@
 #include "talonvireo/MeasurementRecords.h"
 #include "talonvireo/PixelFormat.h"
 #include "talonvireo/ProjectLocate.h"
+#include "talonvireo/RawFrameToGrey.h"
 #include "talonvireo/RegionSfr.h"
 #include "talonvireo/SfrCurve.h"

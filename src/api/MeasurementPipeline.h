@@ -9,8 +9,7 @@
 
 #include <opencv2/core.hpp>
 
-#include "convert/Demosaic.h"
-#include "convert/ImageTransform.h"
+#include "api/GreyReduction.h"
 #include "convert/RawUnpack.h"
 #include "locate/IntConversion.h"
 #include "talonvireo/MeasurementRecords.h"
@@ -18,11 +17,6 @@
 
 namespace talonvireo {
 namespace api {
-
-enum class GreyRoad {
-    kImageTransform,  // ImageTransform's mosaic-to-grey operation, mode 0
-    kDemosaic17,      // demosaicToGrey at pixel format 17 (8-bit mosaic)
-};
 
 enum class RegionRule {
     kRoiSize,         // every region roiSize square
@@ -42,7 +36,6 @@ struct LocatePair {
 };
 
 inline constexpr int kFixedRegion = 90;
-inline constexpr int kPixelFormatMosaic8 = 17;
 inline constexpr int kPixelFormatGrey8 = 256;
 
 // 0, or -1 (input, parameters, any exception), -2 (not located, region off the left or top),
@@ -73,16 +66,7 @@ int measureFrame(const convert::RawConverter& unpack, GreyRoad road, const Pair&
             return -1;
         }
 
-        cv::Mat mosaic(height, width, CV_8UC1);
-        unpack(raw.ptr<unsigned short>(), mosaic.data, raw.size());
-        cv::Mat grey(height, width, CV_8UC1);
-        // The conversion's own status is not looked at: grey holds whatever it wrote.
-        if (road == GreyRoad::kDemosaic17) {
-            convert::demosaicToGrey(mosaic.data, width, height, kPixelFormatMosaic8, grey.data);
-        } else {
-            libs::TalonUtil::ImageTransform transform;
-            transform.mosaicToGrey(mosaic.data, grey.data, width, height, 0);
-        }
+        const cv::Mat grey = reduceToGrey(unpack, road, raw);
 
         typename Pair::Result located[2] = {};
         const typename Pair::Param locateParam{mark};

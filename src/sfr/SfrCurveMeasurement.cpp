@@ -15,11 +15,18 @@ namespace talonvireo {
 namespace {
 using namespace sfr;
 
+// Channel names in the region's own order: a three-channel region is BGR.
+const char* channelName(int channels, int c) {
+    static constexpr const char* kBgr[] = {"B", "G", "R"};
+    return channels == 3 && c >= 0 && c < 3 ? kBgr[c] : "grey";
+}
+
 SfrChannelCurve channelCurve(const SfrContext& ctx, int c, const SfrCurveOptions& options) {
     const ChannelProfile& profile = ctx.profiles.at(static_cast<size_t>(c));
     // Undoing the table's division by cos(angle) gives the axis the profile was binned on.
     const double scale = options.normalFrequencyAxis ? profile.delfac : 1.0;
     SfrChannelCurve curve;
+    curve.name = channelName(ctx.region.channels(), c);
     curve.frequency.reserve(ctx.freqTable.size());
     curve.sfr.reserve(ctx.sfrTable.size());
     for (size_t k = 0; k < ctx.freqTable.size(); ++k) {

@@ -8,7 +8,9 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "CommandLine.h"
+#include "CliError.h"
+#include "JsonDocument.h"
+#include "OutputFile.h"
 #include "render/ChartDesign.h"
 #include "render/ChartRenderer.h"
 #include "render/ChartTruth.h"
@@ -75,108 +77,119 @@ cv::Mat viewable(const cv::Mat& frame, int bits) {
 void writeTruth(const std::string& path, const render::ChartDesign& design,
                 const render::ChartTransform& transform, double sigma, int width, int height,
                 int bits) {
-    std::FILE* f = std::fopen(path.c_str(), "w");
-    if (f == nullptr) {
-        throw std::runtime_error("cannot write " + path);
-    }
-    std::fprintf(f, "{\n  \"project\": \"%s\",\n  \"width\": %d,\n  \"height\": %d,\n",
-                 render::projectName(design.project), width, height);
-    std::fprintf(f, "  \"bits\": %d,\n  \"sigma\": %.6f,\n  \"layouts\": [\n", bits, sigma);
+    Json doc = documentHead("chart-truth", "");
+    doc["project"] = render::projectName(design.project);
+    doc["width"] = width;
+    doc["height"] = height;
+    doc["bits"] = bits;
+    doc["sigma"] = sigma;
+    Json layouts = Json::array();
     for (std::size_t l = 0; l < design.layouts.size(); ++l) {
         const render::LayoutTruth t = render::layoutTruth(design, static_cast<int>(l), transform);
-        std::fprintf(f, "    {\n      \"name\": \"%s\",\n      \"corners\": [\n",
-                     design.layouts[l].name.c_str());
+        Json corners = Json::array();
         for (std::size_t i = 0; i < t.corners.size(); ++i) {
-            std::fprintf(f, "        {\"row\": %zu, \"x\": %.6f, \"y\": %.6f, \"kind\": %d}%s\n", i,
-                         t.corners[i].position.x, t.corners[i].position.y, t.corners[i].kind,
-                         i + 1 < t.corners.size() ? "," : "");
+            corners.push_back({{"row", i},
+                               {"x", t.corners[i].position.x},
+                               {"y", t.corners[i].position.y},
+                               {"kind", t.corners[i].kind}});
         }
-        std::fprintf(f, "      ],\n      \"edges\": [\n");
-        for (std::size_t e = 0; e < t.edges.size(); ++e) {
-            const render::EdgeTruth& edge = t.edges[e];
+        Json edges = Json::array();
+        for (const render::EdgeTruth& edge : t.edges) {
             const double angle = render::edgeAngleDeg(design, t, edge, transform, kRingRadii[0]);
-            std::fprintf(f,
-                         "        {\"index\": %d, \"corners\": %d, \"code\": %d, "
-                         "\"angleDeg\": %.6f,\n         \"centres\": {",
-                         edge.edgeIndex, edge.cornerCount, edge.code, angle);
-            for (std::size_t k = 0; k < std::size(kRingRadii); ++k) {
-                const cv::Point2d c = render::edgeCentre(design, t, edge, transform, kRingRadii[k]);
-                std::fprintf(f, "\"%d\": [%.6f, %.6f]%s", kRingRadii[k], c.x, c.y,
-                             k + 1 < std::size(kRingRadii) ? ", " : "");
+            Json centres;
+            for (int radius : kRingRadii) {
+                const cv::Point2d c = render::edgeCentre(design, t, edge, transform, radius);
+                centres[std::to_string(radius)] = {c.x, c.y};
             }
-            std::fprintf(f,
-                         "},\n         \"sfrQuarterNyquist\": %.6f, \"sfrHalfNyquist\": %.6f, "
-                         "\"mtf50\": %.6f}%s\n",
-                         render::trueSfr(0.125, sigma, angle), render::trueSfr(0.25, sigma, angle),
-                         render::trueMtf50(sigma, angle), e + 1 < t.edges.size() ? "," : "");
+            Json e;
+            e["index"] = edge.edgeIndex;
+            e["corners"] = edge.cornerCount;
+            e["code"] = edge.code;
+            e["angle_deg"] = angle;
+            e["centres"] = centres;
+            e["sfr_quarter_nyquist"] = render::trueSfr(0.125, sigma, angle);
+            e["sfr_half_nyquist"] = render::trueSfr(0.25, sigma, angle);
+            e["mtf50"] = render::trueMtf50(sigma, angle);
+            edges.push_back(e);
         }
-        std::fprintf(f, "      ]\n    }%s\n", l + 1 < design.layouts.size() ? "," : "");
+        layouts.push_back({{"name", design.layouts[l].name}, {"corners", corners}, {"edges", edges}});
     }
-    std::fprintf(f, "  ]\n}\n");
-    const bool ok = std::ferror(f) == 0;
-    std::fclose(f);
-    if (!ok) {
-        throw std::runtime_error("cannot write " + path);
-    }
+    doc["layouts"] = layouts;
+    OutputFile out(path);
+    writeJson(out.get(), doc);
+    out.close();
 }
-}  // namespace
-
-const char* chartHelp() {
-    return "usage: talonvireo-sfr render [options]   (also: talonvireo-sfr chart)\n"
-           "Renders a synthetic chart frame exactly (Gaussian blur integrated over each pixel)\n"
-           "and writes PREFIX.raw (8-bit bytes or 16-bit little-endian words), PREFIX.png (an\n"
-           "8-bit view) and PREFIX.json (corners, edge centres for rings 90/100/120, angles,\n"
-           "true SFR at Nyquist/4 and Nyquist/2, MTF50).\n"
-           "  --project NAME   K74T16BX, K83P09BQ, HLX6C or K31R22BX (default K74T16BX)\n"
-           "  --width W --height H   frame size (default 4000 x 3000; the chart keeps its place)\n"
-           "  --bits B         8 (grey bytes), 10, 14 or 16 (raw words) (default 10)\n"
-           "  --bayer          mosaic of phase R G (rows R G / G B)\n"
-           "  --gain-r G --gain-g G --gain-b G   per-site gains of the mosaic (default 1)\n"
-           "  --sigma S        blur standard deviation in pixels (default 1)\n"
-           "  --dark D --light L   levels as fractions of full scale (default 0.12, 0.8)\n"
-           "  --shift-x X --shift-y Y --rotation DEG --scale S --persp-x P --persp-y P\n"
-           "                   chart placement (default: nominal)\n"
-           "  --shot-noise N   noise sd at full scale, output units (default 0)\n"
-           "  --read-noise N   level-independent noise sd, output units (default 0)\n"
-           "  --seed N         noise seed (default 1)\n"
-           "  --packing P      words16 (default) or mipi10 (10-bit raw only: 4 pixels in 5 bytes)\n"
-           "  --out PREFIX     output path prefix (default chart)\n";
+void declare(OptionValues& o) {
+    o.command().description(
+        "Renders a synthetic chart frame exactly (Gaussian blur integrated over each pixel)\n"
+        "and writes PREFIX.raw (8-bit bytes or 16-bit little-endian words), PREFIX.png (an\n"
+        "8-bit view) and PREFIX.json (corners, edge centres for rings 90/100/120, angles,\n"
+        "true SFR at Nyquist/4 and Nyquist/2, MTF50).");
+    o.option("--project", "NAME", "K74T16BX, K83P09BQ, HLX6C or K31R22BX (default K74T16BX)");
+    o.option("--width", "W", "frame width (default 4000; the chart keeps its place)");
+    o.option("--height", "H", "frame height (default 3000)");
+    o.option("--bits", "B", "8 (grey bytes), 10, 14 or 16 (raw words) (default 10)");
+    o.flag("--bayer", "mosaic of phase R G (rows R G / G B)");
+    o.option("--gain-r", "G", "gain of the red sites (default 1)");
+    o.option("--gain-g", "G", "gain of the green sites (default 1)");
+    o.option("--gain-b", "G", "gain of the blue sites (default 1)");
+    o.option("--sigma", "S", "blur standard deviation in pixels, 0.3 .. 5 (default 1)");
+    o.option("--dark", "D", "dark level, fraction of full scale (default 0.12)");
+    o.option("--light", "L", "light level, fraction of full scale (default 0.8)");
+    o.option("--shift-x", "X", "chart shift right, pixels");
+    o.option("--shift-y", "Y", "chart shift down, pixels");
+    o.option("--rotation", "DEG", "chart rotation, degrees");
+    o.option("--scale", "S", "chart scale (default 1)");
+    o.option("--persp-x", "P", "perspective along x");
+    o.option("--persp-y", "P", "perspective along y");
+    o.option("--shot-noise", "N", "noise sd at full scale, output units (default 0)");
+    o.option("--read-noise", "N", "level-independent noise sd, output units (default 0)");
+    o.option("--seed", "N", "noise seed (default 1)");
+    o.option("--packing", "P", "words16 (default) or mipi10 (10-bit raw only: 4 pixels in 5 bytes)");
+    o.option("--out", "PREFIX", "output path prefix (default chart)");
 }
 
-int runChart(const std::vector<std::string>& args) {
-    const CommandLine cl(
-        args, {"--project",  "--width", "--height",  "--bits",    "--gain-r",     "--gain-g",
-               "--gain-b",   "--sigma", "--dark",    "--light",   "--shift-x",    "--shift-y",
-               "--rotation", "--scale", "--persp-x", "--persp-y", "--shot-noise", "--read-noise",
-               "--seed",     "--out",   "--packing"},
-        {"--bayer"});
+int run(const OptionValues& o) {
     render::ChartProject project;
-    const std::string name = cl.text("--project", "K74T16BX");
+    const std::string name = o.text("--project", "K74T16BX");
     if (!render::parseProject(name, project)) {
-        throw std::invalid_argument("unknown project '" + name + "'");
+        throw CliError(kExitBadArguments, "unknown project '" + name + "'");
     }
-    const int width = cl.integer("--width", 4000);
-    const int height = cl.integer("--height", 3000);
-    const double sigma = cl.number("--sigma", 1.0);
+    const int width = o.integer("--width", 4000, 1, 20000);
+    const int height = o.integer("--height", 3000, 1, 20000);
+    const double sigma = o.number("--sigma", 1.0, 0.3, 5.0);
+    const double big = 1e5;
     render::ChartTransform transform;
-    transform.shiftX = cl.number("--shift-x", 0.0);
-    transform.shiftY = cl.number("--shift-y", 0.0);
-    transform.rotationDeg = cl.number("--rotation", 0.0);
-    transform.scale = cl.number("--scale", 1.0);
-    transform.perspX = cl.number("--persp-x", 0.0);
-    transform.perspY = cl.number("--persp-y", 0.0);
+    transform.shiftX = o.number("--shift-x", 0.0, -big, big);
+    transform.shiftY = o.number("--shift-y", 0.0, -big, big);
+    transform.rotationDeg = o.number("--rotation", 0.0, -360.0, 360.0);
+    transform.scale = o.number("--scale", 1.0, 0.0, 100.0, true);
+    transform.perspX = o.number("--persp-x", 0.0, -1.0, 1.0);
+    transform.perspY = o.number("--persp-y", 0.0, -1.0, 1.0);
     render::ChartExposure exposure;
-    exposure.bits = cl.integer("--bits", 10);
-    exposure.bayer = cl.has("--bayer");
-    exposure.gainRed = cl.number("--gain-r", 1.0);
-    exposure.gainGreen = cl.number("--gain-g", 1.0);
-    exposure.gainBlue = cl.number("--gain-b", 1.0);
-    exposure.dark = cl.number("--dark", exposure.dark);
-    exposure.light = cl.number("--light", exposure.light);
-    exposure.shotNoise = cl.number("--shot-noise", 0.0);
-    exposure.readNoise = cl.number("--read-noise", 0.0);
-    exposure.seed = static_cast<std::uint32_t>(cl.integer("--seed", 1));
-    const std::string prefix = cl.text("--out", "chart");
+    exposure.bits = o.integer("--bits", 10, 8, 16);
+    if (exposure.bits != 8 && exposure.bits != 10 && exposure.bits != 14 && exposure.bits != 16) {
+        throw CliError(kExitBadArguments, "--bits must be 8, 10, 14 or 16");
+    }
+    exposure.bayer = o.has("--bayer");
+    exposure.gainRed = o.number("--gain-r", 1.0, 0.0, 100.0);
+    exposure.gainGreen = o.number("--gain-g", 1.0, 0.0, 100.0);
+    exposure.gainBlue = o.number("--gain-b", 1.0, 0.0, 100.0);
+    exposure.dark = o.number("--dark", exposure.dark, 0.0, 1.0);
+    exposure.light = o.number("--light", exposure.light, 0.0, 1.0);
+    exposure.shotNoise = o.number("--shot-noise", 0.0, 0.0, big);
+    exposure.readNoise = o.number("--read-noise", 0.0, 0.0, big);
+    exposure.seed = static_cast<std::uint32_t>(o.integer("--seed", 1, 0, 2147483647));
+    const std::string prefix = o.text("--out", "chart");
+    const std::string packing = o.text("--packing", "words16");
+    if (packing != "words16" && packing != "mipi10") {
+        throw CliError(kExitBadArguments, "unknown packing '" + packing + "' (words16 or mipi10)");
+    }
+    if (packing == "mipi10" && exposure.bits != 10) {
+        throw CliError(kExitBadArguments, "--packing mipi10 needs --bits 10");
+    }
+    checkOutputPath("--out", prefix + ".raw");
+    checkImageOutputPath("--out", prefix + ".png");
 
     const auto start = std::chrono::steady_clock::now();
     const render::ChartDesign design = render::designChart(project);
@@ -185,25 +198,23 @@ int runChart(const std::vector<std::string>& args) {
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
-    const std::string packing = cl.text("--packing", "words16");
     if (packing == "mipi10") {
-        if (exposure.bits != 10) {
-            throw std::invalid_argument("--packing mipi10 needs --bits 10");
-        }
         writeMipi10(frame, prefix + ".raw");
-    } else if (packing == "words16") {
-        writeRaw(frame, prefix + ".raw");
     } else {
-        throw std::invalid_argument("unknown packing '" + packing + "' (words16 or mipi10)");
+        writeRaw(frame, prefix + ".raw");
     }
-    if (!cv::imwrite(prefix + ".png", viewable(frame, exposure.bits))) {
-        throw std::runtime_error("cannot write " + prefix + ".png");
-    }
+    writeImage(prefix + ".png", viewable(frame, exposure.bits));
     writeTruth(prefix + ".json", design, transform, sigma, width, height, exposure.bits);
     std::printf("%s chart, %d x %d, %d bits%s, sigma %.2f: rendered in %.2f s\n", name.c_str(),
                 width, height, exposure.bits, exposure.bayer ? " Bayer RG" : "", sigma, seconds);
     std::printf("wrote %s.raw, %s.png, %s.json\n", prefix.c_str(), prefix.c_str(), prefix.c_str());
     return 0;
+}
+}  // namespace
+
+Command renderCommand() {
+    return {"render", "render a synthetic chart frame and write it with its ground truth", declare,
+            run};
 }
 
 }  // namespace cli

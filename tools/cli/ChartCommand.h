@@ -1,14 +1,12 @@
-// `talonvireo-sfr chart`: render a synthetic chart frame and write it with its ground truth.
+// talonvireo-sfr render (also "chart"): a synthetic chart frame written with its ground truth.
 #pragma once
 
-#include <string>
-#include <vector>
+#include "Command.h"
 
 namespace talonvireo {
 namespace cli {
 
-int runChart(const std::vector<std::string>& args);
-const char* chartHelp();
+Command renderCommand();
 
 }  // namespace cli
 }  // namespace talonvireo

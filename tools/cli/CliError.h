@@ -18,6 +18,8 @@ enum ExitStatus {
     kExitRegionOutOfBounds = 6,
     kExitSfrFailed = 7,  // SFR calculation failed
     kExitFailed = 8,     // any other failure (writing an output, an internal error)
+    kExitWrongChart = 9,     // located centres do not fit the member's chart design
+    kExitSampleDepth = 10,   // samples exceed the member's bit depth
 };
 
 class CliError : public std::runtime_error {

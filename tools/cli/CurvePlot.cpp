@@ -74,8 +74,10 @@ cv::Mat plotCurve(const SfrCurve& curve) {
             cv::line(img, toPixel(ch.frequency[k - 1], a), toPixel(ch.frequency[k], b), colour, 2,
                      cv::LINE_AA);
         }
-        char text[32];
-        std::snprintf(text, sizeof text, "MTF50 %.3f", ch.mtf50);
+        char text[48];
+        std::snprintf(text, sizeof text, "%s%sMTF50 %.3f",
+                      curve.channels.size() == 1 ? "" : ch.name.c_str(),
+                      curve.channels.size() == 1 ? "" : " ", ch.mtf50);
         verticalMark(img, ch.mtf50, text, colour, 0.5 + 0.08 * static_cast<double>(c + 1));
         if (ch.mtf50 > 0.0 && ch.mtf50 <= kMaxFrequency) {
             cv::circle(img, toPixel(ch.mtf50, 0.5), 4, colour, cv::FILLED, cv::LINE_AA);

@@ -1,14 +1,12 @@
 // talonvireo-sfr demo: a rendered chart frame measured end to end beside its truth.
 #pragma once
 
-#include <string>
-#include <vector>
+#include "Command.h"
 
 namespace talonvireo {
 namespace cli {
 
-const char* demoHelp();
-int runDemo(const std::vector<std::string>& args);
+Command demoCommand();
 
 }  // namespace cli
 }  // namespace talonvireo

@@ -26,22 +26,41 @@ int FrameReport::failures() const {
     return n;
 }
 
+// A figure in a fixed-width column, or "-" where it does not exist.
+void printFigure(std::FILE* out, double v) {
+    if (std::isfinite(v)) {
+        std::fprintf(out, " %8.4f", v);
+    } else {
+        std::fprintf(out, " %8s", "-");
+    }
+}
+
 void printTable(std::FILE* out, const FrameReport& report) {
     std::fprintf(out, "%s on %d x %d: %zu edges in %.1f ms (roiSize %d, markSearchSize %d",
                  report.member.c_str(), report.width, report.height, report.rows.size(),
                  report.milliseconds, report.param.roiSize, report.param.markSearchSize);
-    std::fprintf(out, report.param.freqDivisor > 0 ? ", custom = Nyquist/%g)\n" : ")\n",
+    std::fprintf(out, report.hasCustom() ? ", custom = Nyquist/%g)\n" : ")\n",
                  static_cast<double>(report.param.freqDivisor));
-    std::fprintf(out, "%5s %11s %4s %8s %8s %8s", "edge", "centre", "side", "SFR N/4", "SFR N/2",
-                 "custom");
+    if (std::isfinite(report.fitResidual)) {
+        std::fprintf(out, "centres fit the %s chart within %.2f px (rms)\n",
+                     report.project.c_str(), report.fitResidual);
+    }
+    std::fprintf(out, "%5s %11s %4s %8s %8s", "edge", "centre", "side", "SFR N/4", "SFR N/2");
+    if (report.hasCustom()) {
+        std::fprintf(out, " %8s", "custom");
+    }
     if (report.hasTruth()) {
         std::fprintf(out, " | %8s %8s %8s %8s", "true N/4", "true N/2", "angle", "off px");
     }
     std::fprintf(out, report.hasLimit ? " %s\n" : "\n", "limit");
     for (const EdgeRow& row : report.rows) {
         const SFREdgeResult& m = row.measured;
-        std::fprintf(out, "%5d %5d,%-5d %4d %8.4f %8.4f %8.4f", row.index, m.x, m.y, row.side,
-                     m.sfrQuarterNyquist, m.sfrHalfNyquist, m.sfrCustom);
+        std::fprintf(out, "%5d %5d,%-5d %4d", row.index, m.x, m.y, row.side);
+        printFigure(out, m.sfrQuarterNyquist);
+        printFigure(out, m.sfrHalfNyquist);
+        if (report.hasCustom()) {
+            printFigure(out, m.sfrCustom);
+        }
         if (row.hasTruth) {
             std::fprintf(out, " | %8.4f %8.4f %8.2f %8.2f", row.truth.sfrQuarter, row.truth.sfrHalf,
                          row.truth.angleDeg, centreError(row));
@@ -54,15 +73,31 @@ void printTable(std::FILE* out, const FrameReport& report) {
     }
 }
 
+namespace {
+// A CSV field: the figure, or empty where it does not exist.
+void printCsvFigure(std::FILE* out, double v, const char* format = ",%.6f") {
+    if (std::isfinite(v)) {
+        std::fprintf(out, format, v);
+    } else {
+        std::fprintf(out, ",");
+    }
+}
+}  // namespace
+
 void printCsv(std::FILE* out, const FrameReport& report) {
-    std::fprintf(out, "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist,sfr_custom");
+    std::fprintf(out, "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist");
+    std::fprintf(out, report.hasCustom() ? ",sfr_custom" : "");
     std::fprintf(out,
                  report.hasTruth() ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "");
     std::fprintf(out, report.hasLimit ? ",pass\n" : "\n");
     for (const EdgeRow& row : report.rows) {
         const SFREdgeResult& m = row.measured;
-        std::fprintf(out, "%d,%d,%d,%d,%.6f,%.6f,%.6f", row.index, m.x, m.y, row.side,
-                     m.sfrQuarterNyquist, m.sfrHalfNyquist, m.sfrCustom);
+        std::fprintf(out, "%d,%d,%d,%d", row.index, m.x, m.y, row.side);
+        printCsvFigure(out, m.sfrQuarterNyquist);
+        printCsvFigure(out, m.sfrHalfNyquist);
+        if (report.hasCustom()) {
+            printCsvFigure(out, m.sfrCustom);
+        }
         if (row.hasTruth) {
             std::fprintf(out, ",%.6f,%.6f,%.3f,%.3f", row.truth.sfrQuarter, row.truth.sfrHalf,
                          row.truth.centre.x, row.truth.centre.y);
@@ -71,40 +106,50 @@ void printCsv(std::FILE* out, const FrameReport& report) {
     }
 }
 
-void printJson(std::FILE* out, const FrameReport& report) {
-    std::fprintf(out,
-                 "{\n  \"member\": \"%s\",\n  \"width\": %d,\n  \"height\": %d,\n"
-                 "  \"roiSize\": %d,\n  \"markSearchSize\": %d,\n  \"freqDivisor\": %g,\n"
-                 "  \"milliseconds\": %.3f,\n",
-                 report.member.c_str(), report.width, report.height, report.param.roiSize,
-                 report.param.markSearchSize, static_cast<double>(report.param.freqDivisor),
-                 report.milliseconds);
-    if (report.hasLimit) {
-        std::fprintf(out, "  \"minSfr\": %.6f,\n  \"failures\": %d,\n", report.minSfr,
-                     report.failures());
+Json frameJson(const FrameReport& report) {
+    Json doc = documentHead("frame", report.input);
+    doc["member"] = report.member;
+    doc["chart"] = report.project;
+    doc["width"] = report.width;
+    doc["height"] = report.height;
+    doc["roi_size"] = report.param.roiSize;
+    doc["mark_search_size"] = report.param.markSearchSize;
+    if (report.hasCustom()) {
+        doc["freq_divisor"] = figure(report.param.freqDivisor);
     }
-    std::fprintf(out, "  \"edges\": [\n");
-    for (std::size_t i = 0; i < report.rows.size(); ++i) {
-        const EdgeRow& row = report.rows[i];
+    doc["milliseconds"] = report.milliseconds;
+    doc["chart_fit_residual_px"] = figure(report.fitResidual);
+    if (report.hasLimit) {
+        doc["min_sfr"] = report.minSfr;
+        doc["failures"] = report.failures();
+    }
+    Json edges = Json::array();
+    for (const EdgeRow& row : report.rows) {
         const SFREdgeResult& m = row.measured;
-        std::fprintf(out,
-                     "    {\"index\": %d, \"x\": %d, \"y\": %d, \"side\": %d, "
-                     "\"sfrQuarterNyquist\": %.6f, \"sfrHalfNyquist\": %.6f, \"sfrCustom\": %.6f",
-                     row.index, m.x, m.y, row.side, m.sfrQuarterNyquist, m.sfrHalfNyquist,
-                     m.sfrCustom);
+        Json e;
+        e["index"] = row.index;
+        e["x"] = m.x;
+        e["y"] = m.y;
+        e["side"] = row.side;
+        e["sfr_quarter_nyquist"] = figure(m.sfrQuarterNyquist);
+        e["sfr_half_nyquist"] = figure(m.sfrHalfNyquist);
+        if (report.hasCustom()) {
+            e["sfr_custom"] = figure(m.sfrCustom);
+        }
         if (row.hasTruth) {
-            std::fprintf(out,
-                         ", \"truth\": {\"x\": %.3f, \"y\": %.3f, \"angleDeg\": %.3f, "
-                         "\"sfrQuarterNyquist\": %.6f, \"sfrHalfNyquist\": %.6f}",
-                         row.truth.centre.x, row.truth.centre.y, row.truth.angleDeg,
-                         row.truth.sfrQuarter, row.truth.sfrHalf);
+            e["truth"] = {{"x", row.truth.centre.x},
+                          {"y", row.truth.centre.y},
+                          {"angle_deg", row.truth.angleDeg},
+                          {"sfr_quarter_nyquist", row.truth.sfrQuarter},
+                          {"sfr_half_nyquist", row.truth.sfrHalf}};
         }
         if (report.hasLimit) {
-            std::fprintf(out, ", \"pass\": %s", report.passes(row) ? "true" : "false");
+            e["pass"] = report.passes(row);
         }
-        std::fprintf(out, "}%s\n", i + 1 < report.rows.size() ? "," : "");
+        edges.push_back(e);
     }
-    std::fprintf(out, "  ]\n}\n");
+    doc["edges"] = edges;
+    return doc;
 }
 
 cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report, int outputWidth) {

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <cstdio>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include <opencv2/core.hpp>
 
+#include "JsonDocument.h"
 #include "render/RecordTruth.h"
 #include "talonvireo/talonVireoSFR.h"
 
@@ -23,15 +25,23 @@ struct EdgeRow {
 };
 
 struct FrameReport {
+    std::string input;  // the file measured; empty for a rendered frame
     std::string member;
+    std::string project;  // the chart the member expects
     int width = 0;
     int height = 0;
     SFRParam param{};
     bool hasLimit = false;  // --min-sfr given
     double minSfr = 0.0;    // limit on the SFR at Nyquist/4
     double milliseconds = 0.0;
+    // Root-mean-square distance (px) between the located centres and the chart design after
+    // the best similarity transform; NaN until computed.
+    double fitResidual = std::numeric_limits<double>::quiet_NaN();
     std::vector<EdgeRow> rows;
 
+    // A custom frequency was asked for (freqDivisor > 0); without one, the custom figure is
+    // left out of every output.
+    bool hasCustom() const { return param.freqDivisor > 0.0f; }
     bool passes(const EdgeRow& row) const {
         return !hasLimit || row.measured.sfrQuarterNyquist >= minSfr;
     }
@@ -41,7 +51,8 @@ struct FrameReport {
 
 void printTable(std::FILE* out, const FrameReport& report);
 void printCsv(std::FILE* out, const FrameReport& report);
-void printJson(std::FILE* out, const FrameReport& report);
+// The report as a JSON document (documentHead first).
+Json frameJson(const FrameReport& report);
 
 // The frame (8-bit grey) with every region outlined, numbered and labelled with its SFR at
 // Nyquist/4: green/red against the limit, or yellow without one. A picture that will be shown

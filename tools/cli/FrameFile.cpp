@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <vector>
 
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include "CliError.h"
 
@@ -15,7 +17,16 @@ namespace talonvireo {
 namespace cli {
 
 namespace {
+// A directory opens as a stream on Linux and reads as empty: say what it is instead.
+void refuseDirectory(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored)) {
+        throw CliError(kExitUnreadableFile, path + " is a directory");
+    }
+}
+
 std::vector<unsigned char> readBytes(const std::string& path) {
+    refuseDirectory(path);
     std::ifstream in(path, std::ios::binary);
     if (!in) {
         throw CliError(kExitUnreadableFile, "cannot read " + path);
@@ -34,14 +45,28 @@ std::uint64_t packedSize(std::uint64_t samples, Packing packing) {
 }  // namespace
 
 bool isImagePath(const std::string& path) {
-    const auto dot = path.find_last_of('.');
-    if (dot == std::string::npos || path.find('/', dot) != std::string::npos) {
-        return false;
+    const std::string name = std::filesystem::path(path).filename().string();
+    const auto dot = name.find_last_of('.');
+    if (dot == std::string::npos || dot == 0) {
+        return false;  // no extension: raw samples
     }
-    std::string ext = path.substr(dot + 1);
+    std::string ext = name.substr(dot + 1);
     std::transform(ext.begin(), ext.end(), ext.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ext == "pgm" || ext == "png" || ext == "tif" || ext == "tiff";
+    for (const char* raw : {"raw", "bin", "dat"}) {
+        if (ext == raw) {
+            return false;
+        }
+    }
+    for (const char* image : {"png", "pgm", "ppm", "pnm", "tif", "tiff", "jpg", "jpeg", "bmp",
+                              "webp"}) {
+        if (ext == image) {
+            return true;
+        }
+    }
+    throw CliError(kExitUnreadableFile,
+                   "unsupported image type '." + ext + "' of " + path +
+                       " (images: png pgm ppm pnm tif tiff jpg jpeg bmp webp; raw: raw bin dat)");
 }
 
 cv::Mat readRawImage(const std::string& path, int width, int height, int type) {
@@ -103,6 +128,7 @@ cv::Mat readRawFrame(const std::string& path, int width, int height, Packing pac
 }
 
 cv::Mat readImage(const std::string& path) {
+    refuseDirectory(path);
     std::ifstream probe(path, std::ios::binary);
     if (!probe) {
         throw CliError(kExitUnreadableFile, "cannot read " + path);
@@ -110,6 +136,11 @@ cv::Mat readImage(const std::string& path) {
     cv::Mat image = cv::imread(path, cv::IMREAD_UNCHANGED);
     if (image.empty()) {
         throw CliError(kExitUnreadableFile, "cannot decode " + path + " as an image");
+    }
+    if (image.channels() == 4) {
+        cv::cvtColor(image, image, cv::COLOR_BGRA2BGR);  // the alpha channel carries no scene
+    } else if (image.channels() == 2) {
+        cv::extractChannel(image, image, 0);  // grey + alpha
     }
     return image;
 }
@@ -120,7 +151,11 @@ cv::Mat readFrame(const std::string& path, int width, int height, Packing packin
     }
     const cv::Mat image = readImage(path);
     if (image.type() != CV_16UC1) {
-        throw CliError(kExitUnreadableFile, path + " is not a 16-bit single-channel image");
+        throw CliError(kExitUnreadableFile,
+                       path + " is not a 16-bit single-channel image (" +
+                           std::to_string(8 * static_cast<int>(image.elemSize1())) + "-bit, " +
+                           std::to_string(image.channels()) + " channel" +
+                           (image.channels() == 1 ? "" : "s") + ")");
     }
     if ((width > 0 && image.cols != width) || (height > 0 && image.rows != height)) {
         throw CliError(kExitWrongFileSize, path + " is " + std::to_string(image.cols) + " x " +

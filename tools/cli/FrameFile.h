@@ -20,16 +20,17 @@ Packing parsePacking(const std::string& name);
 // or a size other than the packing's size of width x height samples.
 cv::Mat readRawFrame(const std::string& path, int width, int height, Packing packing);
 
-// True for the image files the tool decodes (.pgm .png .tif .tiff, any case); everything
-// else is read as raw samples.
+// True for the image files the tool decodes through OpenCV (.png .pgm .ppm .pnm .tif .tiff
+// .jpg .jpeg .bmp .webp, any case); false for raw files (.raw .bin .dat, or no extension).
+// Throws CliError (unreadable file) for any other extension: "unsupported image type".
 bool isImagePath(const std::string& path);
 
 // A width x height raw file of OpenCV `type` samples in host byte order, packed. Throws
 // CliError: bad size arguments, unreadable file, or a byte count that does not fit.
 cv::Mat readRawImage(const std::string& path, int width, int height, int type);
 
-// A PGM/PNG/TIFF image as it is stored (8- or 16-bit, one or three channels). Throws
-// CliError for a file that cannot be read or decoded.
+// An image as it is stored (8- or 16-bit, one or three channels; an alpha channel is
+// dropped). Throws CliError for a directory or a file that cannot be read or decoded.
 cv::Mat readImage(const std::string& path);
 
 // A frame from either kind of file (isImagePath). Images must be 16-bit single channel and, when

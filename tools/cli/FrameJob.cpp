@@ -2,15 +2,19 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <limits>
 #include <string>
 
+#include "ChartFit.h"
+
 #include "CliError.h"
+#include "render/RecordTruth.h"
 
 namespace talonvireo {
 namespace cli {
 
-namespace {
-void validate(const Member& member, int width, const SFRParam& param) {
+void validateParam(const Member& member, int width, const SFRParam& param) {
     const int mark = param.markSearchSize;
     if (mark < 1 || mark > width / 2) {
         throw CliError(kExitBadArguments, "--mark must be 1 .. " + std::to_string(width / 2) +
@@ -26,6 +30,22 @@ void validate(const Member& member, int width, const SFRParam& param) {
         throw CliError(kExitBadArguments,
                        "--roi must be 1 .. --mark (" + std::to_string(mark) + ")");
     }
+}
+
+namespace {
+// The located centres against the member's chart design, both in record-slot order.
+double chartFitResidual(const Member& member, const FrameReport& report) {
+    const std::vector<render::EntryTruth> nominal =
+        render::recordTruth(member.project, {}, 1.0, report.param.markSearchSize);
+    std::vector<cv::Point2d> from, to;
+    for (const EdgeRow& row : report.rows) {
+        if (row.index < static_cast<int>(nominal.size())) {
+            from.push_back(nominal[static_cast<std::size_t>(row.index)].centre);
+            to.emplace_back(row.measured.x, row.measured.y);
+        }
+    }
+    return from.size() < 2 ? std::numeric_limits<double>::quiet_NaN()
+                           : fitChart(from, to).rmsResidual;
 }
 
 // A failed call does not say which region failed or why. Measuring again with 2-px regions
@@ -45,9 +65,10 @@ FrameReport measureRawFrame(const Member& member, cv::Mat& raw, SFRParam param) 
     if (raw.type() != CV_16UC1 || !raw.isContinuous()) {
         throw CliError(kExitFailed, "internal: the frame is not packed 16-bit words");
     }
-    validate(member, raw.cols, param);
+    validateParam(member, raw.cols, param);
     FrameReport report;
     report.member = member.name;
+    report.project = render::projectName(member.project);
     report.width = raw.cols;
     report.height = raw.rows;
     std::vector<SFREdgeResult> edges;
@@ -87,7 +108,36 @@ FrameReport measureRawFrame(const Member& member, cv::Mat& raw, SFRParam param) 
         row.side = member.regionSide(row.index, static_cast<int>(edges.size()), param.roiSize);
         report.rows.push_back(row);
     }
+    report.fitResidual = chartFitResidual(member, report);
     return report;
+}
+
+void requireChartFit(const FrameReport& report, double limitPx) {
+    if (report.fitResidual > limitPx) {
+        char residual[32];
+        std::snprintf(residual, sizeof residual, "%.1f", report.fitResidual);
+        throw CliError(kExitWrongChart, "frame does not look like the " + report.project +
+                                            " chart (fit residual " + residual + " px)");
+    }
+}
+
+void checkSampleDepth(const Member& member, const cv::Mat& raw, std::FILE* warnings) {
+    double largest = 0.0;
+    cv::minMaxLoc(raw, nullptr, &largest);
+    const double fullScale = std::ldexp(1.0, member.bits) - 1.0;
+    if (largest > fullScale) {
+        throw CliError(kExitSampleDepth, "samples exceed " + std::to_string(member.bits) +
+                                             " bits (largest " +
+                                             std::to_string(static_cast<long>(largest)) + ", " +
+                                             member.name + " takes 0 .. " +
+                                             std::to_string(static_cast<long>(fullScale)) + ")");
+    }
+    if (largest < (fullScale + 1.0) / 16.0) {
+        std::fprintf(warnings,
+                     "warning: the largest sample, %ld, is below 1/16 of %d-bit full scale: "
+                     "is %s the member for this frame?\n",
+                     static_cast<long>(largest), member.bits, member.name.c_str());
+    }
 }
 
 }  // namespace cli

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "CliError.h"
-#include "CommandLine.h"
 #include "EdgeReport.h"
 #include "FrameFile.h"
 #include "FrameJob.h"
@@ -15,6 +14,8 @@ namespace talonvireo {
 namespace cli {
 
 namespace {
+constexpr int kMaxSide = 100000;  // pixels; far beyond any sensor, well inside int
+
 std::string memberNames(const std::vector<Member>& members) {
     std::string names;
     for (const Member& m : members) {
@@ -22,73 +23,96 @@ std::string memberNames(const std::vector<Member>& members) {
     }
     return names;
 }
-}  // namespace
 
-const char* measureHelp() {
-    return "usage: talonvireo-sfr measure FRAME --width W --height H --member NAME [options]\n"
-           "Measures a raw chart frame with one library member and prints every edge.\n"
-           "FRAME is a raw file of 16-bit little-endian words (W x H x 2 bytes), packed MIPI\n"
-           "RAW10 with --packing mipi10 (4 pixels in 5 bytes), or a 16-bit PGM/PNG/TIFF.\n"
-           "  --member NAME      talonvireoSFR/K31R22BX, talonvireoSFR/K74T16BX,\n"
-           "                     talonvireoSFR_raw14/K31R22BX, talonvireoSFR_raw14/K74T16BX,\n"
-           "                     talonvireoSFR_raw16, talonvireoSFR_raw16_HLX5_8K,\n"
-           "                     talonvireoSFR_raw{10,14,16}_HLX6C, talonvireoSFR_raw16_HLX6C_8K,\n"
-           "                     talonvireoSFR_raw{10,14,16}_RQ8\n"
-           "  --roi N            region side (default 80)\n"
-           "  --mark N           markSearchSize, the ring radius (default 100)\n"
-           "  --freq-divisor D   also report the SFR at Nyquist/D (default 0: not reported)\n"
-           "  --packing P        words16 (default) or mipi10, for raw files\n"
-           "  --json | --csv     output format (default: a table)\n"
-           "  --overlay OUT.png  the frame with every region, its index and SFR at Nyquist/4\n"
-           "  --overlay-width W  shrink the overlay picture to W pixels across\n"
-           "  --min-sfr X        limit on the SFR at Nyquist/4: failing edges are marked red\n"
-           "                     and the exit status is 1\n"
-           "exit status: 0 measured, 1 an edge below --min-sfr, 2 bad arguments, 3 unreadable\n"
-           "file, 4 file size not W x H x 2, 5 chart not located, 6 region out of bounds,\n"
-           "7 SFR calculation failed, 8 any other failure\n";
+void declare(OptionValues& o) {
+    o.operand("FRAME",
+              "raw file of 16-bit little-endian words (W x H x 2 bytes; .raw .bin .dat or no "
+              "extension), packed MIPI RAW10 with --packing mipi10, or a 16-bit PGM/PNG/TIFF");
+    o.option("--member", "NAME",
+             "the library member: talonvireoSFR/K31R22BX, talonvireoSFR/K74T16BX, "
+             "talonvireoSFR_raw14/K31R22BX, talonvireoSFR_raw14/K74T16BX, talonvireoSFR_raw16, "
+             "talonvireoSFR_raw16_HLX5_8K, talonvireoSFR_raw{10,14,16}_HLX6C, "
+             "talonvireoSFR_raw16_HLX6C_8K, talonvireoSFR_raw{10,14,16}_RQ8 (required)");
+    o.option("--width", "INT", "frame width of a raw file");
+    o.option("--height", "INT", "frame height of a raw file");
+    o.option("--roi", "INT", "region side (default 80)");
+    o.option("--mark", "INT", "markSearchSize, the ring radius (default 100)");
+    o.option("--freq-divisor", "NUMBER",
+             "also report the SFR at Nyquist/D, D above 0 (default: not reported)");
+    o.option("--packing", "P", "words16 (default) or mipi10, for raw files");
+    o.flag("--json", "output as JSON");
+    o.flag("--csv", "output as CSV");
+    o.option("--overlay", "OUT.png",
+             "the frame with every region, its index and SFR at Nyquist/4");
+    o.option("--overlay-width", "INT", "shrink the overlay picture to W pixels across");
+    o.option("--min-sfr", "NUMBER",
+             "limit 0 .. 2 on the SFR at Nyquist/4: failing edges are marked and the exit "
+             "status is 1");
+    o.option("--chart-fit-limit", "PX",
+             "refuse a frame whose centres fit the member's chart design worse than this "
+             "(rms px, default 35)");
+    o.command().footer(
+        "exit status: 0 measured, 1 an edge below --min-sfr, 2 bad arguments, 3 unreadable\n"
+        "file, 4 file size not W x H x 2, 5 chart not located, 6 region out of bounds,\n"
+        "7 SFR calculation failed, 8 any other failure, 9 not the member's chart,\n"
+        "10 samples exceed the member's bit depth");
 }
 
-int runMeasure(const std::vector<std::string>& args) {
-    std::vector<std::string> optionArgs;
-    const std::string path = leadingOperand(args, "measure needs a FRAME file first", optionArgs);
-    const CommandLine cl(optionArgs,
-                         {"--width", "--height", "--member", "--roi", "--mark", "--freq-divisor",
-                          "--packing", "--overlay", "--overlay-width", "--min-sfr"},
-                         {"--json", "--csv"});
+int run(const OptionValues& o) {
+    // Every argument and output path is checked before the frame is read.
     const std::vector<Member> members = allMembers();
-    if (!cl.has("--member")) {
+    if (!o.has("--member")) {
         throw CliError(kExitBadArguments, "--member is required; one of:" + memberNames(members));
     }
-    const Member* member = findMember(members, cl.text("--member", ""));
+    const Member* member = findMember(members, o.text("--member"));
     if (member == nullptr) {
-        throw CliError(kExitBadArguments, "unknown member '" + cl.text("--member", "") +
+        throw CliError(kExitBadArguments, "unknown member '" + o.text("--member") +
                                               "'; one of:" + memberNames(members));
     }
-    if (cl.has("--json") && cl.has("--csv")) {
+    if (o.has("--json") && o.has("--csv")) {
         throw CliError(kExitBadArguments, "--json and --csv exclude each other");
     }
-    const SFRParam param{static_cast<float>(cl.number("--freq-divisor", 0.0)),
-                         cl.integer("--roi", 80), cl.integer("--mark", 100)};
-    cv::Mat raw = readFrame(path, cl.integer("--width", 0), cl.integer("--height", 0),
-                            parsePacking(cl.text("--packing", "words16")));
+    const SFRParam param{static_cast<float>(o.number("--freq-divisor", 0.0, 0.0, 1e6, true)),
+                         o.integer("--roi", 80, 1, kMaxSide),
+                         o.integer("--mark", 100, 1, kMaxSide)};
+    const int width = o.integer("--width", 0, 1, kMaxSide);
+    const int height = o.integer("--height", 0, 1, kMaxSide);
+    const Packing packing = parsePacking(o.text("--packing", "words16"));
+    const double minSfr = o.number("--min-sfr", 0.0, 0.0, 2.0);
+    const double fitLimit = o.number("--chart-fit-limit", kChartFitLimitPx, 0.0, 1e6, true);
+    const int overlayWidth = o.integer("--overlay-width", 0, 1, kMaxSide);
+    if (o.has("--overlay")) {
+        checkImageOutputPath("--overlay", o.text("--overlay"));
+    }
+    const std::string path = o.text("FRAME");
 
+    cv::Mat raw = readFrame(path, width, height, packing);
+    validateParam(*member, raw.cols, param);
+    checkSampleDepth(*member, raw, stderr);
     FrameReport report = measureRawFrame(*member, raw, param);
-    report.hasLimit = cl.has("--min-sfr");
-    report.minSfr = cl.number("--min-sfr", 0.0);
-    if (cl.has("--json")) {
-        printJson(stdout, report);
-    } else if (cl.has("--csv")) {
+    report.input = path;
+    requireChartFit(report, fitLimit);
+    report.hasLimit = o.has("--min-sfr");
+    report.minSfr = minSfr;
+    if (o.has("--json")) {
+        writeJson(stdout, frameJson(report));
+    } else if (o.has("--csv")) {
         printCsv(stdout, report);
     } else {
         printTable(stdout, report);
     }
-    if (cl.has("--overlay")) {
-        const int overlayWidth = cl.integer("--overlay-width", 0);
-        writeImage(
-            cl.text("--overlay", ""),
-            shrinkTo(drawOverlay(greyView(raw, member->bits), report, overlayWidth), overlayWidth));
+    if (o.has("--overlay")) {
+        writeImage(o.text("--overlay"),
+                   shrinkTo(drawOverlay(greyView(raw, member->bits), report, overlayWidth),
+                            overlayWidth));
     }
     return report.failures() == 0 ? kExitOk : kExitBelowLimit;
+}
+}  // namespace
+
+Command measureCommand() {
+    return {"measure", "measure a raw chart frame from a file with one library member", declare,
+            run};
 }
 
 }  // namespace cli

@@ -1,14 +1,12 @@
 // talonvireo-sfr measure: one raw frame from a file, measured by a named member.
 #pragma once
 
-#include <string>
-#include <vector>
+#include "Command.h"
 
 namespace talonvireo {
 namespace cli {
 
-const char* measureHelp();
-int runMeasure(const std::vector<std::string>& args);
+Command measureCommand();
 
 }  // namespace cli
 }  // namespace talonvireo

@@ -9,16 +9,15 @@ namespace {
 using render::ChartProject;
 
 template <class Record>
-using Entry = int (*)(unsigned char*, int, int, const SFRParam&, Record&);
+using Entry = int (*)(const std::uint16_t*, int, int, const SFRParam&, Record&);
 
 // Adapts one member to the uniform call; the record is copied out only on success.
 template <class Record>
 auto uniform(Entry<Record> entry) {
-    return [entry](unsigned short* raw, int width, int height, const SFRParam& param,
+    return [entry](const std::uint16_t* raw, int width, int height, const SFRParam& param,
                    std::vector<SFREdgeResult>& edges) {
         Record record{};
-        const int status =
-            entry(reinterpret_cast<unsigned char*>(raw), width, height, param, record);
+        const int status = entry(raw, width, height, param, record);
         if (status == 0) {
             edges.assign(std::begin(record.edges), std::end(record.edges));
         }
@@ -26,9 +25,13 @@ auto uniform(Entry<Record> entry) {
     };
 }
 
+// The HLX6C and RQ8 members take the Malvar road, the others the edge-directed one.
 Member member(std::string name, ChartProject project, int bits, bool eightK, bool fixedSecondSet,
               bool forced90, decltype(Member::measure) measure) {
-    return {std::move(name), project, bits, eightK, fixedSecondSet, forced90, std::move(measure)};
+    const bool malvar = project == ChartProject::HLX6C || project == ChartProject::K83P09BQ;
+    return {std::move(name), project,         bits,
+            eightK,          fixedSecondSet,  forced90,
+            malvar ? GreyRoad::kMalvar : GreyRoad::kEdgeDirected, std::move(measure)};
 }
 }  // namespace
 

@@ -2,6 +2,7 @@
 // and sample depth it expects and one uniform way to call it.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -19,8 +20,9 @@ struct Member {
     bool eightK;          // expects 7680 x 4320 frames
     bool fixedSecondSet;  // second-set regions are 90 px whatever roiSize says
     bool forced90;        // every region 90 px (roiSize is overwritten)
+    GreyRoad road;        // how the member turns the mosaic grey
     // Measures `raw` (width x height 16-bit words); on status 0 `edges` holds every entry.
-    std::function<int(unsigned short* raw, int width, int height, const SFRParam& param,
+    std::function<int(const std::uint16_t* raw, int width, int height, const SFRParam& param,
                       std::vector<SFREdgeResult>& edges)>
         measure;
 

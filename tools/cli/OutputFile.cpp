@@ -1,5 +1,9 @@
 #include "OutputFile.h"
 
+#include <unistd.h>
+
+#include <filesystem>
+
 #include <opencv2/imgcodecs.hpp>
 
 #include "CliError.h"
@@ -38,6 +42,41 @@ void writeImage(const std::string& path, const cv::Mat& image) {
     }
     if (!ok) {
         throw CliError(kExitFailed, "cannot write " + path);
+    }
+}
+
+void checkOutputPath(const std::string& option, const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    if (path.empty()) {
+        throw CliError(kExitBadArguments, option + " needs a file name");
+    }
+    if (fs::is_directory(path, ignored)) {
+        throw CliError(kExitBadArguments, option + " " + path + " is a directory");
+    }
+    const fs::path folder = fs::path(path).parent_path().empty() ? fs::path(".")
+                                                                 : fs::path(path).parent_path();
+    if (!fs::is_directory(folder, ignored)) {
+        throw CliError(kExitBadArguments,
+                       option + " " + path + ": folder " + folder.string() + " does not exist");
+    }
+    if (::access(folder.c_str(), W_OK) != 0) {
+        throw CliError(kExitBadArguments,
+                       option + " " + path + ": folder " + folder.string() + " is not writable");
+    }
+}
+
+void checkImageOutputPath(const std::string& option, const std::string& path) {
+    checkOutputPath(option, path);
+    bool writable = false;
+    try {
+        writable = cv::haveImageWriter(path);
+    } catch (const cv::Exception&) {
+        writable = false;
+    }
+    if (!writable) {
+        throw CliError(kExitBadArguments,
+                       option + " " + path + ": no image writer for that extension (use .png)");
     }
 }
 

@@ -29,5 +29,12 @@ private:
 // Throws CliError (kExitFailed) when the image cannot be written.
 void writeImage(const std::string& path, const cv::Mat& image);
 
+// Checked before any work, so a long measurement never ends in "cannot write": throws
+// CliError (bad arguments) when `path` names a directory, its folder does not exist or is
+// not writable, or (for an image) OpenCV has no writer for its extension. `option` names
+// the option in the message.
+void checkOutputPath(const std::string& option, const std::string& path);
+void checkImageOutputPath(const std::string& option, const std::string& path);
+
 }  // namespace cli
 }  // namespace talonvireo

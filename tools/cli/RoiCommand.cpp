@@ -2,13 +2,15 @@
 
 #include <cmath>
 #include <cstdio>
+#include <optional>
 #include <sstream>
 
 #include "CliError.h"
-#include "CommandLine.h"
 #include "CurvePlot.h"
 #include "FrameFile.h"
+#include "JsonDocument.h"
 #include "OutputFile.h"
+#include "RegionCut.h"
 #include "render/RegionEncoding.h"
 #include "talonvireo/talonVireoSFR.h"
 
@@ -33,13 +35,16 @@ int formatOf(const cv::Mat& image) {
     }
 }
 
-cv::Rect parseRect(const std::string& text) {
+std::optional<cv::Rect> parseRect(const OptionValues& o) {
+    if (!o.has("--rect")) {
+        return std::nullopt;
+    }
     cv::Rect r;
     char c1 = 0, c2 = 0, c3 = 0;
-    std::istringstream in(text);
+    std::istringstream in(o.text("--rect"));
     if (!(in >> r.x >> c1 >> r.y >> c2 >> r.width >> c3 >> r.height) || c1 != ',' || c2 != ',' ||
         c3 != ',' || in.peek() != std::char_traits<char>::eof()) {
-        throw CliError(kExitBadArguments, "--rect takes x,y,w,h");
+        throw CliError(kExitBadArguments, "--rect takes x,y,w,h (four integers)");
     }
     return r;
 }
@@ -60,137 +65,181 @@ const char* refusal(int status) {
 void writeCurveCsv(const std::string& path, const SfrCurve& curve) {
     OutputFile out(path);
     std::fprintf(out.get(), "frequency");
-    for (std::size_t c = 0; c < curve.channels.size(); ++c) {
-        std::fprintf(out.get(), ",sfr_%zu", c);
+    for (const SfrChannelCurve& ch : curve.channels) {
+        std::fprintf(out.get(), ",sfr_%s", ch.name.c_str());
     }
     std::fprintf(out.get(), "\n");
     const std::vector<double>& f = curve.channels.front().frequency;
     for (std::size_t k = 0; k < f.size(); ++k) {
         std::fprintf(out.get(), "%.8f", f[k]);
         for (const SfrChannelCurve& ch : curve.channels) {
-            std::fprintf(out.get(), ",%.8f", k < ch.sfr.size() ? ch.sfr[k] : NAN);
+            if (k < ch.sfr.size() && std::isfinite(ch.sfr[k])) {
+                std::fprintf(out.get(), ",%.8f", ch.sfr[k]);
+            } else {
+                std::fprintf(out.get(), ",");
+            }
         }
         std::fprintf(out.get(), "\n");
     }
     out.close();
 }
 
-void printFigures(const SfrCurve& curve, bool custom, double divisor, bool json) {
-    if (json) {
-        std::printf("{\n  \"status\": 0,\n  \"normalFrequencyAxis\": %s,\n  \"channels\": [\n",
-                    curve.normalFrequencyAxis ? "true" : "false");
+void printFigure(double v) {
+    if (std::isfinite(v)) {
+        std::printf(" %8.4f", v);
     } else {
-        std::printf("status 0, %zu channel%s%s\n", curve.channels.size(),
-                    curve.channels.size() == 1 ? "" : "s",
-                    curve.normalFrequencyAxis ? ", frequencies across the edge" : "");
-        std::printf("%7s %8s %8s %8s %8s %8s %8s%s\n", "channel", "angle", "SFR N/4", "SFR N/2",
-                    "MTF50", "MTF30", "MTF10", custom ? "   custom" : "");
+        std::printf(" %8s", "-");
     }
-    for (std::size_t c = 0; c < curve.channels.size(); ++c) {
-        const SfrChannelCurve& ch = curve.channels[c];
-        if (json) {
-            std::printf(
-                "    {\"edgeAngle\": %.6f, \"sfrQuarterNyquist\": %.6f, "
-                "\"sfrHalfNyquist\": %.6f, \"mtf50\": %.6f, \"mtf30\": %.6f, "
-                "\"mtf10\": %.6f",
-                ch.edgeAngle, ch.sfrAt[0], ch.sfrAt[1], ch.mtf50, ch.mtf30, ch.mtf10);
-            if (custom) {
-                std::printf(", \"divisor\": %g, \"sfrCustom\": %.6f", divisor, ch.sfrAt[2]);
-            }
-            std::printf("}%s\n", c + 1 < curve.channels.size() ? "," : "");
-        } else {
-            std::printf("%7zu %8.3f %8.4f %8.4f %8.4f %8.4f %8.4f", c, ch.edgeAngle, ch.sfrAt[0],
-                        ch.sfrAt[1], ch.mtf50, ch.mtf30, ch.mtf10);
-            if (custom) {
-                std::printf(" %8.4f", ch.sfrAt[2]);
-            }
-            std::printf("\n");
+}
+
+void printTable(const SfrCurve& curve, bool custom) {
+    std::printf("status 0, %zu channel%s%s\n", curve.channels.size(),
+                curve.channels.size() == 1 ? "" : "s",
+                curve.normalFrequencyAxis ? ", frequencies across the edge" : "");
+    std::printf("%7s %8s %8s %8s %8s %8s %8s%s\n", "channel", "angle", "SFR N/4", "SFR N/2",
+                "MTF50", "MTF30", "MTF10", custom ? "   custom" : "");
+    for (const SfrChannelCurve& ch : curve.channels) {
+        std::printf("%7s %8.3f", ch.name.c_str(), ch.edgeAngle);
+        for (double v : {ch.sfrAt[0], ch.sfrAt[1], ch.mtf50, ch.mtf30, ch.mtf10}) {
+            printFigure(v);
         }
-    }
-    if (json) {
-        std::printf("  ]\n}\n");
+        if (custom) {
+            printFigure(ch.sfrAt[2]);
+        }
+        std::printf("\n");
     }
 }
-}  // namespace
 
-const char* roiHelp() {
-    return "usage: talonvireo-sfr roi IMAGE [options]\n"
-           "Measures one slanted-edge region: a PNG/TIFF/PGM image (8- or 16-bit, grey or\n"
-           "colour) or a raw file (--width, --height and --format needed). Prints the edge\n"
-           "angle, the SFR at Nyquist/4 and Nyquist/2, MTF50, MTF30 and MTF10 per channel.\n"
-           "  --format CODE      pixel-format code: 0x100 grey, 0x200 16-bit grey, 0x400 BGR,\n"
-           "                     0x800 16-bit BGR, 0x011 8-bit Bayer R G, 0x021 16-bit Bayer\n"
-           "                     R G (default: from the image)\n"
-           "  --width W --height H   size of a raw region\n"
-           "  --rect x,y,w,h     measure this part of the image only\n"
-           "  --freq-divisor D   also report the SFR at Nyquist/D\n"
-           "  --normal-axis      frequencies across the edge (not divided by cos(angle) again;\n"
-           "                     right at large angles)\n"
-           "  --curve OUT.csv    the whole curve: frequency, SFR per channel\n"
-           "  --plot OUT.png     a plot of the curve with Nyquist/4, Nyquist/2 and MTF50\n"
-           "  --json             figures as JSON\n"
-           "exit status: 0 measured, 2 bad arguments, 3 unreadable file, 4 wrong raw size,\n"
-           "6 rect outside the image, 7 SFR calculation failed, 8 any other failure\n";
+Json curveJson(const std::string& input, const Region& region, const std::string& road,
+               const SfrCurve& curve, double divisor) {
+    Json doc = documentHead("region", input);
+    doc["width"] = region.pixels.cols;
+    doc["height"] = region.pixels.rows;
+    doc["format"] = region.format;
+    doc["road"] = road;
+    doc["normal_frequency_axis"] = curve.normalFrequencyAxis;
+    if (divisor > 0.0) {
+        doc["freq_divisor"] = divisor;
+    }
+    Json channels = Json::array();
+    for (const SfrChannelCurve& ch : curve.channels) {
+        Json c;
+        c["channel"] = ch.name;
+        c["edge_angle_deg"] = figure(ch.edgeAngle);
+        c["sfr_quarter_nyquist"] = figure(ch.sfrAt[0]);
+        c["sfr_half_nyquist"] = figure(ch.sfrAt[1]);
+        c["mtf50"] = figure(ch.mtf50);
+        c["mtf30"] = figure(ch.mtf30);
+        c["mtf10"] = figure(ch.mtf10);
+        if (divisor > 0.0) {
+            c["sfr_custom"] = figure(ch.sfrAt[2]);
+        }
+        channels.push_back(c);
+    }
+    doc["channels"] = channels;
+    return doc;
 }
 
-int runRoi(const std::vector<std::string>& args) {
-    std::vector<std::string> optionArgs;
-    const std::string path = leadingOperand(args, "roi needs an IMAGE file first", optionArgs);
-    const CommandLine cl(
-        optionArgs,
-        {"--format", "--width", "--height", "--rect", "--freq-divisor", "--curve", "--plot"},
-        {"--normal-axis", "--json"});
+void declare(OptionValues& o) {
+    o.command().description(
+        "Measures one slanted-edge region: an image (PNG, TIFF, PGM, JPEG, BMP, ...; 8- or\n"
+        "16-bit, grey or colour) or a raw file (--width, --height and --format needed). Prints\n"
+        "the edge angle, the SFR at Nyquist/4 and Nyquist/2, MTF50, MTF30 and MTF10 per\n"
+        "channel (grey, or B, G, R).");
+    o.operand("IMAGE", "the image or raw file");
+    o.option("--format", "CODE",
+             "pixel-format code: 0x100 grey, 0x200 16-bit grey, 0x400 BGR, 0x800 16-bit BGR, "
+             "0x011 8-bit Bayer R G, 0x021 16-bit Bayer R G (default: from the image)");
+    o.option("--width", "W", "width of a raw file");
+    o.option("--height", "H", "height of a raw file");
+    o.option("--rect", "x,y,w,h",
+             "measure this part of the image only (a mosaic's phase follows the offset)");
+    o.option("--road", "R",
+             "how a 16-bit Bayer R G frame becomes grey: opencv (default, the region API's own), "
+             "malvar (the HLX6C/RQ8 members') or edge-directed (the K31R22BX/K74T16BX "
+             "members'); the members' roads demosaic the whole frame, then cut --rect");
+    o.option("--bits", "B", "significant bits of the words for --road malvar|edge-directed");
+    o.option("--freq-divisor", "D", "also report the SFR at Nyquist/D, D above 0");
+    o.flag("--normal-axis",
+           "frequencies across the edge (not divided by cos(angle) again; right at large angles)");
+    o.option("--curve", "OUT.csv", "the whole curve: frequency, SFR per channel");
+    o.option("--plot", "OUT.png", "a plot of the curve with Nyquist/4, Nyquist/2 and MTF50");
+    o.flag("--json", "figures as JSON");
+    o.command().footer(
+        "exit status: 0 measured, 2 bad arguments, 3 unreadable file, 4 wrong raw size,\n"
+        "6 rect outside the image, 7 SFR calculation failed, 8 any other failure");
+}
+
+int run(const OptionValues& o) {
+    const std::string path = o.text("IMAGE");
+    const bool hasFormat = o.has("--format");
+    int format = o.integer("--format", 0, 1, 0xFFF);
+    const int width = o.integer("--width", 0, 1, 100000);
+    const int height = o.integer("--height", 0, 1, 100000);
+    const std::optional<cv::Rect> rect = parseRect(o);
+    const RoiRoad road = parseRoad(o.text("--road", "opencv"));
+    const int bits = o.integer("--bits", 0, 1, 16);
+    const double divisor = o.number("--freq-divisor", 0.0, 0.0, 1e6, true);
+    if (o.has("--curve")) {
+        checkOutputPath("--curve", o.text("--curve"));
+    }
+    if (o.has("--plot")) {
+        checkImageOutputPath("--plot", o.text("--plot"));
+    }
+
     cv::Mat image;
-    int format = cl.integer("--format", 0);
     if (isImagePath(path)) {
         image = readImage(path);
-        if (format == 0) {
+        if (!hasFormat) {
             format = formatOf(image);
         }
     } else {
-        if (!cl.has("--format")) {
+        if (!hasFormat) {
             throw CliError(kExitBadArguments, "a raw region needs --format");
         }
         const int type = render::formatMatrixType(format);
         if (type < 0) {
-            throw CliError(kExitBadArguments, "unknown --format " + cl.text("--format", ""));
+            throw CliError(kExitBadArguments, "unknown --format " + o.text("--format"));
         }
-        image = readRawImage(path, cl.integer("--width", 0), cl.integer("--height", 0), type);
+        image = readRawImage(path, width, height, type);
     }
+    // The buffer handed to the library must hold what the format says, sample for sample.
     if (render::formatMatrixType(format) != image.type()) {
         throw CliError(kExitBadArguments,
-                       "--format " + cl.text("--format", "") + " does not fit the image's samples");
+                       "--format " + o.text("--format") + " does not fit the image's samples");
     }
-    if (cl.has("--rect")) {
-        const cv::Rect r = parseRect(cl.text("--rect", ""));
-        if (r.width <= 0 || r.height <= 0 || (r & cv::Rect(0, 0, image.cols, image.rows)) != r) {
-            throw CliError(kExitRegionOutOfBounds, "--rect lies outside the " +
-                                                       std::to_string(image.cols) + " x " +
-                                                       std::to_string(image.rows) + " image");
-        }
-        image = image(r).clone();
-    }
+    const Region region = cutRegion(image, format, rect, road, bits);
 
-    const double divisor = cl.number("--freq-divisor", 0.0);
     SfrCurveOptions options;
-    options.normalFrequencyAxis = cl.has("--normal-axis");
+    options.normalFrequencyAxis = o.has("--normal-axis");
     options.frequencies = {0.125, 0.25};
     if (divisor > 0.0) {
         options.frequencies.push_back(0.5 / divisor);
     }
     SfrCurve curve;
-    const int status = measureSfrCurve(image.data, image.cols, image.rows, format, options, curve);
+    const int status = measureSfrCurve(region.pixels.data, region.pixels.cols, region.pixels.rows,
+                                       region.format, options, curve);
     if (status != 0) {
         throw CliError(kExitSfrFailed, std::string("SFR calculation failed: ") + refusal(status));
     }
-    printFigures(curve, divisor > 0.0, divisor, cl.has("--json"));
-    if (cl.has("--curve")) {
-        writeCurveCsv(cl.text("--curve", ""), curve);
+    if (o.has("--json")) {
+        writeJson(stdout, curveJson(path, region, o.text("--road", "opencv"), curve, divisor));
+    } else {
+        printTable(curve, divisor > 0.0);
     }
-    if (cl.has("--plot")) {
-        writeImage(cl.text("--plot", ""), plotCurve(curve));
+    if (o.has("--curve")) {
+        writeCurveCsv(o.text("--curve"), curve);
+    }
+    if (o.has("--plot")) {
+        writeImage(o.text("--plot"), plotCurve(curve));
     }
     return kExitOk;
+}
+}  // namespace
+
+Command roiCommand() {
+    return {"roi", "measure one slanted-edge region from a file; the whole SFR curve on request",
+            declare, run};
 }
 
 }  // namespace cli

@@ -1,14 +1,12 @@
 // talonvireo-sfr roi: the SFR of one region read from a file, with its whole curve.
 #pragma once
 
-#include <string>
-#include <vector>
+#include "Command.h"
 
 namespace talonvireo {
 namespace cli {
 
-const char* roiHelp();
-int runRoi(const std::vector<std::string>& args);
+Command roiCommand();
 
 }  // namespace cli
 }  // namespace talonvireo

@@ -1,73 +1,91 @@
 // talonvireo-sfr: command-line front end of the talonVireoSFR library.
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <exception>
-#include <stdexcept>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "ChartCommand.h"
 #include "CliError.h"
+#include "Command.h"
 #include "DemoCommand.h"
 #include "MeasureCommand.h"
 #include "RoiCommand.h"
+#include "ToolVersion.h"
 
 namespace {
 using namespace talonvireo::cli;
 
-const char* kUsage =
-    "usage: talonvireo-sfr COMMAND [options]\n"
-    "commands:\n"
-    "  demo      render a project's chart as a raw frame, measure it, show measured vs true\n"
-    "  measure   measure a raw chart frame from a file with one library member\n"
-    "  roi       measure one slanted-edge region from a file; the whole SFR curve on request\n"
-    "  render    render a synthetic chart frame and write it with its ground truth\n"
-    "Run 'talonvireo-sfr COMMAND --help' for a command's options.\n";
-
-struct Command {
-    const char* name;
-    const char* (*help)();
-    int (*run)(const std::vector<std::string>&);
-};
-
-const Command kCommands[] = {
-    {"demo", demoHelp, runDemo},     {"measure", measureHelp, runMeasure}, {"roi", roiHelp, runRoi},
-    {"render", chartHelp, runChart}, {"chart", chartHelp, runChart},  // the renderer's earlier name
-};
+// The command's name as CLI11 parsed it, for messages: "talonvireo-sfr measure".
+std::string commandName(const CLI::App& app) {
+    for (const CLI::App* sub : app.get_subcommands()) {
+        return app.get_name() + " " + sub->get_name();
+    }
+    return app.get_name();
+}
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> all(argv + 1, argv + argc);
-    if (all.empty() || all[0] == "--help" || all[0] == "-h") {
-        std::fputs(kUsage, all.empty() ? stderr : stdout);
-        return all.empty() ? kExitBadArguments : kExitOk;
+    CLI::App app{"Slanted-edge SFR (ISO 12233 MTF) of camera-module chart frames.",
+                 "talonvireo-sfr"};
+    app.set_version_flag("--version", std::string("talonvireo-sfr ") + kToolVersion);
+    app.require_subcommand(1, 1);
+    app.footer("Run 'talonvireo-sfr COMMAND --help' for a command's options.");
+    const Command commands[] = {demoCommand(), measureCommand(), roiCommand(), renderCommand()};
+    std::vector<std::unique_ptr<OptionValues>> values;
+    std::vector<CLI::App*> subs;
+    for (const Command& command : commands) {
+        CLI::App* sub = app.add_subcommand(command.name, command.summary);
+        values.push_back(std::make_unique<OptionValues>(*sub));
+        command.declare(*values.back());
+        subs.push_back(sub);
     }
-    const std::string name = all[0];
-    const std::vector<std::string> args(all.begin() + 1, all.end());
-    for (const Command& command : kCommands) {
-        if (name != command.name) {
+    subs.back()->alias("chart");  // the renderer's earlier name
+
+    if (argc < 2) {
+        std::fputs(app.help().c_str(), stderr);
+        return kExitBadArguments;
+    }
+    const std::string first = argv[1];
+    if (first.rfind("-", 0) != 0 && first != "chart" &&
+        std::none_of(std::begin(commands), std::end(commands),
+                     [&](const Command& c) { return first == c.name; })) {
+        std::fprintf(stderr,
+                     "talonvireo-sfr: unknown command '%s' (demo, measure, roi or render)\n%s",
+                     first.c_str(), app.help().c_str());
+        return kExitBadArguments;
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        const std::string name = commandName(app);
+        std::fprintf(stderr, "%s: bad arguments: %s\nRun '%s --help' for the options.\n",
+                     name.c_str(), e.what(), name.c_str());
+        return kExitBadArguments;
+    }
+    for (std::size_t i = 0; i < subs.size(); ++i) {
+        if (!subs[i]->parsed()) {
             continue;
         }
-        if (!args.empty() && (args[0] == "--help" || args[0] == "-h")) {
-            std::fputs(command.help(), stdout);
-            return kExitOk;
-        }
         try {
-            return command.run(args);
+            return commands[i].run(*values[i]);
         } catch (const CliError& e) {
-            std::fprintf(stderr, "talonvireo-sfr %s: %s\n", name.c_str(), e.what());
+            std::fprintf(stderr, "talonvireo-sfr %s: %s\n", commands[i].name, e.what());
             return e.status();
-        } catch (const std::invalid_argument& e) {  // options that do not parse
-            std::fprintf(stderr, "talonvireo-sfr %s: bad arguments: %s\n", name.c_str(), e.what());
-            return kExitBadArguments;
-        } catch (const std::out_of_range& e) {
-            std::fprintf(stderr, "talonvireo-sfr %s: bad arguments: value out of range (%s)\n",
-                         name.c_str(), e.what());
-            return kExitBadArguments;
         } catch (const std::exception& e) {
-            std::fprintf(stderr, "talonvireo-sfr %s: failed: %s\n", name.c_str(), e.what());
+            std::fprintf(stderr, "talonvireo-sfr %s: failed: %s\n", commands[i].name, e.what());
             return kExitFailed;
         }
     }
-    std::fprintf(stderr, "talonvireo-sfr: unknown command '%s'\n%s", name.c_str(), kUsage);
-    return kExitBadArguments;
+    return kExitBadArguments;  // require_subcommand makes this unreachable
 }

@@ -1,0 +1,94 @@
+#include "RegionCut.h"
+
+#include "CliError.h"
+#include "talonvireo/talonVireoSFR.h"
+
+namespace talonvireo {
+namespace cli {
+
+namespace {
+namespace pf = talonvireo::PixelFormat;
+
+bool isMosaic(int format) {
+    const int layout = format & pf::LayoutMask;
+    return layout == pf::Bayer8 || layout == pf::Bayer16 || layout == pf::Bayer16B ||
+           layout == pf::Bayer16C;
+}
+}  // namespace
+
+RoiRoad parseRoad(const std::string& name) {
+    if (name == "opencv") {
+        return RoiRoad::kOpenCv;
+    }
+    if (name == "malvar") {
+        return RoiRoad::kMalvar;
+    }
+    if (name == "edge-directed") {
+        return RoiRoad::kEdgeDirected;
+    }
+    throw CliError(kExitBadArguments,
+                   "unknown --road '" + name + "' (opencv, malvar or edge-directed)");
+}
+
+int shiftedPhase(int phase, int dx, int dy) {
+    // Rows of the 2 x 2 cell, as (top row, bottom row): RG/GB, GR/BG, GB/RG, BG/GR.
+    if (dx % 2 != 0) {
+        phase = phase == pf::PhaseRG   ? pf::PhaseGR
+                : phase == pf::PhaseGR ? pf::PhaseRG
+                : phase == pf::PhaseGB ? pf::PhaseBG
+                : phase == pf::PhaseBG ? pf::PhaseGB
+                                       : phase;
+    }
+    if (dy % 2 != 0) {
+        phase = phase == pf::PhaseRG   ? pf::PhaseGB
+                : phase == pf::PhaseGB ? pf::PhaseRG
+                : phase == pf::PhaseGR ? pf::PhaseBG
+                : phase == pf::PhaseBG ? pf::PhaseGR
+                                       : phase;
+    }
+    return phase;
+}
+
+Region cutRegion(const cv::Mat& image, int format, const std::optional<cv::Rect>& rect,
+                 RoiRoad road, int bits) {
+    const cv::Rect whole(0, 0, image.cols, image.rows);
+    const cv::Rect r = rect ? *rect : whole;
+    if (r.width <= 0 || r.height <= 0 || (r & whole) != r) {
+        throw CliError(kExitRegionOutOfBounds, "--rect lies outside the " +
+                                                   std::to_string(image.cols) + " x " +
+                                                   std::to_string(image.rows) + " image");
+    }
+    Region region;
+    if (road == RoiRoad::kOpenCv) {
+        region.pixels = image(r).clone();
+        region.format = format;
+        if (isMosaic(format)) {
+            region.format = (format & pf::LayoutMask) |
+                            shiftedPhase(format & pf::PhaseMask, r.x, r.y);
+        }
+        return region;
+    }
+    const int layout = format & pf::LayoutMask;
+    if (layout == pf::Bayer8 || !isMosaic(format) || (format & pf::PhaseMask) != pf::PhaseRG ||
+        image.type() != CV_16UC1) {
+        throw CliError(kExitBadArguments,
+                       "--road malvar and edge-directed take a Bayer R G frame of 16-bit words "
+                       "(--format 0x021), as the members do");
+    }
+    if (bits != 10 && bits != 14 && bits != 16) {
+        throw CliError(kExitBadArguments, "--road malvar and edge-directed need --bits 10, 14 or 16");
+    }
+    cv::Mat words = image.isContinuous() ? image : image.clone();
+    cv::Mat grey(image.rows, image.cols, CV_8UC1);
+    const GreyRoad greyRoad = road == RoiRoad::kMalvar ? GreyRoad::kMalvar : GreyRoad::kEdgeDirected;
+    if (rawFrameToGrey(words.ptr<std::uint16_t>(), words.cols, words.rows, bits, greyRoad,
+                       grey.data) != 0) {
+        throw CliError(kExitFailed, "the road to grey refused the frame");
+    }
+    region.pixels = grey(r).clone();
+    region.format = pf::Grey8;
+    return region;
+}
+
+}  // namespace cli
+}  // namespace talonvireo
