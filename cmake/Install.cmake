@@ -33,5 +33,23 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/talonVireoSFR.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 if(TARGET talonvireo-sfr AND TALONVIREO_BUILD_TOOLS)
+    # Relative, so the installed tool finds its library under any prefix.
+    set_target_properties(talonvireo-sfr PROPERTIES
+        INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     install(TARGETS talonvireo-sfr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(FILES ${PROJECT_SOURCE_DIR}/docs/talonvireo-sfr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
+
+# A Debian package of everything installed: cpack -G DEB in the build folder.
+set(CPACK_PACKAGE_NAME talonvireo)
+set(CPACK_PACKAGE_VENDOR "talonVireoSFR developers")
+set(CPACK_PACKAGE_CONTACT "talonVireoSFR developers <talonvireo@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
+    "Slanted-edge SFR (ISO 12233 MTF) measurement for camera-module test lines")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)  # dpkg-shlibdeps finds OpenCV, libgomp, libstdc++
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "python3-numpy")
+include(CPack)

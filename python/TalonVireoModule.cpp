@@ -3,9 +3,11 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Members.h"
@@ -18,6 +20,27 @@ namespace {
 
 py::array_t<double> asArray(const std::vector<double>& v) {
     return py::array_t<double>(static_cast<py::ssize_t>(v.size()), v.data());
+}
+
+// Bytes per sample and channels a pixel-format code's layout holds; {0, 0} for a layout the
+// library does not know (it refuses the code itself).
+std::pair<int, int> formatSamples(int format) {
+    switch (format & PixelFormat::LayoutMask) {
+        case PixelFormat::Bayer8:
+        case PixelFormat::Grey8:
+            return {1, 1};
+        case PixelFormat::Bayer16:
+        case PixelFormat::Bayer16B:
+        case PixelFormat::Bayer16C:
+        case PixelFormat::Grey16:
+            return {2, 1};
+        case PixelFormat::Bgr8:
+            return {1, 3};
+        case PixelFormat::Bgr16:
+            return {2, 3};
+        default:
+            return {0, 0};
+    }
 }
 
 int defaultFormat(const py::array& a) {
@@ -36,6 +59,20 @@ int defaultFormat(const py::array& a) {
     throw py::error_already_set();
 }
 
+// A divisor of 0 asks for no custom figure; anything else must be a finite number above 0.
+void checkDivisor(double freqDivisor) {
+    if (!(freqDivisor >= 0.0) || !std::isfinite(freqDivisor)) {
+        raise("InvalidInput",
+              "freq_divisor must be a finite number above 0 (0: no custom "
+              "figure), not " +
+                  std::to_string(freqDivisor));
+    }
+}
+
+py::object figureOrNone(double v) {
+    return std::isfinite(v) ? py::object(py::float_(v)) : py::object(py::none());
+}
+
 py::list measureFrame(py::object raw, const std::string& member, int roiSize, int markSearchSize,
                       double freqDivisor) {
     const std::vector<cli::Member> members = cli::allMembers();
@@ -44,17 +81,25 @@ py::list measureFrame(py::object raw, const std::string& member, int roiSize, in
         std::string names;
         for (const cli::Member& each : members)
             names += " " + each.name;
-        throw py::value_error("unknown member '" + member + "'; one of:" + names);
+        raise("InvalidInput", "unknown member '" + member + "'; one of:" + names);
     }
+    checkDivisor(freqDivisor);
+    // Exactly a 2-D uint16 array: numpy's casts would read 8-bit or float values as words.
+    if (!py::isinstance<py::array>(raw) ||
+        !py::reinterpret_borrow<py::array>(raw).dtype().is(py::dtype::of<std::uint16_t>()) ||
+        py::reinterpret_borrow<py::array>(raw).ndim() != 2) {
+        throw py::type_error("raw must be a 2-D numpy array of uint16 (rows x columns)");
+    }
+    // Same dtype, so this only copies a non-contiguous view.
     auto frame = py::array_t<std::uint16_t, py::array::c_style>::ensure(raw);
-    if (!frame || frame.ndim() != 2) {
+    if (!frame) {
         throw py::type_error("raw must be a 2-D numpy array of uint16 (rows x columns)");
     }
     const int height = static_cast<int>(frame.shape(0));
     const int width = static_cast<int>(frame.shape(1));
     // The members take a mutable pointer but only read the frame; `frame` keeps the array
     // alive while the GIL is released.
-    auto* samples = const_cast<unsigned short*>(frame.data());
+    const std::uint16_t* samples = frame.data();
     SFRParam param{static_cast<float>(freqDivisor), roiSize, markSearchSize};
     std::vector<SFREdgeResult> edges;
     int status;
@@ -81,9 +126,9 @@ py::list measureFrame(py::object raw, const std::string& member, int roiSize, in
         e["y"] = edges[i].y;
         e["side"] =
             m->regionSide(static_cast<int>(i), static_cast<int>(edges.size()), param.roiSize);
-        e["sfr_quarter_nyquist"] = edges[i].sfrQuarterNyquist;
-        e["sfr_half_nyquist"] = edges[i].sfrHalfNyquist;
-        e["sfr_custom"] = edges[i].sfrCustom;
+        e["sfr_quarter_nyquist"] = figureOrNone(edges[i].sfrQuarterNyquist);
+        e["sfr_half_nyquist"] = figureOrNone(edges[i].sfrHalfNyquist);
+        e["sfr_custom"] = freqDivisor > 0.0 ? figureOrNone(edges[i].sfrCustom) : py::none();
         out.append(e);
     }
     return out;
@@ -100,6 +145,28 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
             "(grey or Bayer) or rows x columns x 3 (BGR)");
     }
     const int code = format ? *format : defaultFormat(region);
+    // The library reads width x height pixels of the format's size: the array must hold
+    // exactly that, or it would read past the buffer.
+    const auto [bytes, formatChannels] = formatSamples(code);
+    const int arrayChannels = region.ndim() == 3 ? static_cast<int>(region.shape(2)) : 1;
+    if (bytes == 0) {
+        raise("InvalidInput", "unknown pixel format " + std::to_string(code));
+    }
+    if (bytes != static_cast<int>(region.itemsize()) || formatChannels != arrayChannels) {
+        raise("InvalidInput",
+              "format " + std::to_string(code) + " takes " + (bytes == 1 ? "uint8" : "uint16") +
+                  (formatChannels == 1 ? " rows x columns" : " rows x columns x 3") + ", not " +
+                  std::to_string(8 * region.itemsize()) + "-bit with " +
+                  std::to_string(arrayChannels) + " channel" + (arrayChannels == 1 ? "" : "s"));
+    }
+    for (double f : frequencies) {
+        if (!std::isfinite(f) || f < 0.0) {
+            raise("InvalidInput",
+                  "frequencies must be finite and at least 0 cycles per pixel, "
+                  "not " +
+                      std::to_string(f));
+        }
+    }
     SfrCurveOptions options;
     options.frequencies = std::move(frequencies);
     options.normalFrequencyAxis = normalAxis;
@@ -126,15 +193,16 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
     py::list channels;
     for (const SfrChannelCurve& c : curve.channels) {
         py::dict d;
+        d["channel"] = c.name;
         d["frequency"] = asArray(c.frequency);
         d["sfr"] = asArray(c.sfr);
         d["esf"] = asArray(c.esf);
         d["lsf"] = asArray(c.lsf);
         d["esf_bin_width"] = c.esfBinWidth;
         d["edge_angle"] = c.edgeAngle;
-        d["mtf10"] = c.mtf10;
-        d["mtf30"] = c.mtf30;
-        d["mtf50"] = c.mtf50;
+        d["mtf10"] = figureOrNone(c.mtf10);
+        d["mtf30"] = figureOrNone(c.mtf30);
+        d["mtf50"] = figureOrNone(c.mtf50);
         d["sfr_at"] = asArray(c.sfrAt);
         channels.append(d);
     }
@@ -180,18 +248,21 @@ PYBIND11_MODULE(talonvireo, m) {
     for (const cli::Member& each : cli::allMembers())
         names.append(each.name);
     m.attr("MEMBERS") = names;
+    m.attr("__version__") = TALONVIREO_VERSION;
 
-    m.def("measure_frame", &measureFrame, py::arg("raw"),
-          py::arg("member") = "talonvireoSFR/K31R22BX", py::arg("roi_size") = 80,
-          py::arg("mark_search_size") = 100, py::arg("freq_divisor") = 0.0,
+    m.def("measure_frame", &measureFrame, py::arg("raw"), py::arg("member"),
+          py::arg("roi_size") = 80, py::arg("mark_search_size") = 100,
+          py::arg("freq_divisor") = 0.0,
           "Measures a raw chart frame (2-D uint16 array of Bayer R G words) with one library "
           "member (see MEMBERS) and returns one dict per edge: index, x, y, side, "
-          "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom. Raises ChartNotLocated, "
-          "SfrCalculationFailed or InvalidInput.");
+          "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom (None unless freq_divisor > 0, "
+          "or where the figure does not exist). Raises ChartNotLocated, SfrCalculationFailed, "
+          "InvalidInput; TypeError for anything but a 2-D uint16 array.");
     m.def("sfr", &sfr, py::arg("region"), py::arg("format") = py::none(),
           py::arg("frequencies") = std::vector<double>{}, py::arg("normal_axis") = false,
           "Measures one slanted-edge region (uint8/uint16, grey, Bayer with an explicit format, "
-          "or BGR) and returns {'normal_frequency_axis', 'channels': [{'frequency', 'sfr', "
+          "or BGR) and returns {'normal_frequency_axis', 'channels': [{'channel' ('grey', or "
+          "'B', 'G', 'R'), 'frequency', 'sfr', "
           "'esf', 'lsf', 'esf_bin_width', 'edge_angle', 'mtf10', 'mtf30', 'mtf50', "
           "'sfr_at'}]}. Raises EdgeRefused or InvalidInput.");
 }

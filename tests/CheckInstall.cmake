@@ -1,5 +1,6 @@
 # Installs BUILD into a scratch prefix, then builds the consumer program against it twice,
-# with find_package and with pkg-config, and runs both.
+# with find_package and with pkg-config, and runs both; runs the installed tool and imports
+# the installed Python module (PYTHON), with no build tree and no library path set.
 set(prefix ${WORK}/prefix)
 file(REMOVE_RECURSE ${WORK})
 macro(run)
@@ -28,3 +29,26 @@ run(${CXX} -std=c++17 ${SOURCE}/consumer.cpp ${flags} -o ${WORK}/pkgconfig-consu
 string(REGEX MATCH "-L([^ ;]+)" _ "${flags}")
 set(ENV{LD_LIBRARY_PATH} ${CMAKE_MATCH_1})
 run(${WORK}/pkgconfig-consumer)
+
+unset(ENV{LD_LIBRARY_PATH})
+execute_process(COMMAND ${prefix}/bin/talonvireo-sfr --version
+    RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+if(NOT rc EQUAL 0 OR NOT out MATCHES "^talonvireo-sfr [0-9]")
+    message(FATAL_ERROR "the installed tool does not start: ${out}${err}")
+endif()
+execute_process(COMMAND ${prefix}/bin/talonvireo-sfr render --project HLX6C --width 600
+        --height 400 --out ${WORK}/installed-render
+    RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "the installed tool does not render: ${out}${err}")
+endif()
+if(PYTHON)
+    set(ENV{PYTHONPATH} ${prefix}/lib/python3/dist-packages)
+    execute_process(COMMAND ${PYTHON} -c
+            "import talonvireo, numpy; print(talonvireo.__version__, talonvireo.__file__)"
+        WORKING_DIRECTORY ${WORK} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT rc EQUAL 0 OR NOT out MATCHES "${prefix}/lib/python3/dist-packages/talonvireo")
+        message(FATAL_ERROR "the installed Python module does not import: ${out}${err}")
+    endif()
+    message(STATUS "installed module: ${out}")
+endif()

@@ -71,4 +71,60 @@ TEST(FrameFile, SixteenBitImagesAreReadAsTheyAre) {
     }
 }
 
+ExitStatus statusOfImage(const std::string& path) {
+    try {
+        readImage(path);
+    } catch (const CliError& e) {
+        return e.status();
+    }
+    return kExitOk;
+}
+
+TEST(FrameFile, JpegAndBmpAreDecodedByOpenCv) {
+    cv::Mat bgr(8, 6, CV_8UC3, cv::Scalar(10, 120, 230));
+    for (const char* ext : {".jpg", ".bmp", ".JPEG"}) {
+        const std::string path = ::testing::TempDir() + "picture" + ext;
+        ASSERT_TRUE(cv::imwrite(path, bgr)) << ext;
+        ASSERT_TRUE(isImagePath(path)) << ext;
+        const cv::Mat back = readImage(path);
+        EXPECT_EQ(back.type(), CV_8UC3) << ext;
+        EXPECT_EQ(back.size(), bgr.size()) << ext;
+    }
+}
+
+TEST(FrameFile, AnRgbaPngLosesItsAlphaChannel) {
+    cv::Mat bgra(4, 4, CV_8UC4, cv::Scalar(10, 20, 30, 0));
+    const std::string path = ::testing::TempDir() + "alpha.png";
+    ASSERT_TRUE(cv::imwrite(path, bgra));
+    const cv::Mat back = readImage(path);
+    ASSERT_EQ(back.type(), CV_8UC3);
+    EXPECT_EQ(back.at<cv::Vec3b>(0, 0), cv::Vec3b(10, 20, 30));
+}
+
+TEST(FrameFile, UnknownExtensionsAreRefusedNotReadAsRaw) {
+    for (const char* name : {"frame.xyz", "frame.gif", "dir.d/frame.RAW2"}) {
+        try {
+            isImagePath(name);
+            ADD_FAILURE() << name << " was taken";
+        } catch (const CliError& e) {
+            EXPECT_EQ(e.status(), kExitUnreadableFile) << name;
+            EXPECT_NE(std::string(e.what()).find("unsupported image type"), std::string::npos);
+        }
+    }
+    EXPECT_FALSE(isImagePath("frame.raw"));
+    EXPECT_FALSE(isImagePath("frame.BIN"));
+    EXPECT_FALSE(isImagePath("dir.d/frame"));  // no extension: raw samples
+}
+
+TEST(FrameFile, ADirectoryIsReportedAsOne) {
+    const std::string dir = ::testing::TempDir();
+    EXPECT_EQ(statusOfImage(dir), kExitUnreadableFile);
+    EXPECT_EQ(statusOf(dir, 2, 2, Packing::Words16), kExitUnreadableFile);
+    try {
+        readRawFrame(dir, 2, 2, Packing::Words16);
+    } catch (const CliError& e) {
+        EXPECT_NE(std::string(e.what()).find("is a directory"), std::string::npos);
+    }
+}
+
 }  // namespace

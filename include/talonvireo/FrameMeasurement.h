@@ -60,31 +60,31 @@ TALONVIREO_API int talonvireoSFR_raw16_RQ8(unsigned char* img, int width, int he
 
 // Every member once more for a frame held as 16-bit words: the same call, the same results,
 // through a read-only pointer of the samples' own type (the members never write the frame).
-TALONVIREO_API int talonvireoSFR(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult& result);
-TALONVIREO_API int talonvireoSFR(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw14(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult& result);
-TALONVIREO_API int talonvireoSFR_raw14(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw16(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw16_HLX5_8K(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw10_HLX6C(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw14_HLX6C(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw16_HLX6C(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw16_HLX6C_8K(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw10_RQ8(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw14_RQ8(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
-TALONVIREO_API int talonvireoSFR_raw16_RQ8(const std::uint16_t* raw, int width, int height, const SFRParam& param,
-    SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR(const std::uint16_t* raw, int width, int height,
+                                 const SFRParam& param, SFRResult& result);
+TALONVIREO_API int talonvireoSFR(const std::uint16_t* raw, int width, int height,
+                                 const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw14(const std::uint16_t* raw, int width, int height,
+                                       const SFRParam& param, SFRResult& result);
+TALONVIREO_API int talonvireoSFR_raw14(const std::uint16_t* raw, int width, int height,
+                                       const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw16(const std::uint16_t* raw, int width, int height,
+                                       const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw16_HLX5_8K(const std::uint16_t* raw, int width, int height,
+                                               const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw10_HLX6C(const std::uint16_t* raw, int width, int height,
+                                             const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw14_HLX6C(const std::uint16_t* raw, int width, int height,
+                                             const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw16_HLX6C(const std::uint16_t* raw, int width, int height,
+                                             const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw16_HLX6C_8K(const std::uint16_t* raw, int width, int height,
+                                                const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw10_RQ8(const std::uint16_t* raw, int width, int height,
+                                           const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw14_RQ8(const std::uint16_t* raw, int width, int height,
+                                           const SFRParam& param, SFRResult_HLX5& result);
+TALONVIREO_API int talonvireoSFR_raw16_RQ8(const std::uint16_t* raw, int width, int height,
+                                           const SFRParam& param, SFRResult_HLX5& result);
 
 }  // namespace talonvireo

@@ -2,6 +2,7 @@
 #include <talonvireo/talonVireoSFR.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <vector>
 
@@ -25,5 +26,15 @@ int main() {
     std::printf("status %d, SFR at Nyquist/4 %.4f, MTF50 %.4f; curve status %d, %zu entries\n",
                 status, figures.sfrQuarterNyquist[0], figures.mtf50[0], curveStatus,
                 curve.channels.empty() ? 0 : curve.channels[0].sfr.size());
-    return status == 0 && curveStatus == 0 && figures.sfrQuarterNyquist[0] > 0.5 ? 0 : 1;
+    // A raw frame held as 16-bit words goes in as it is (a blank frame: no chart found).
+    const std::vector<std::uint16_t> raw16(640 * 480, 0);
+    const talonvireo::SFRParam param{4.0f, 40, 100};
+    talonvireo::SFRResult_HLX5 record{};
+    const int frameStatus =
+        talonvireo::talonvireoSFR_raw10_HLX6C(raw16.data(), 640, 480, param, record);
+    std::printf("blank 640 x 480 frame: status %d\n", frameStatus);
+    return status == 0 && curveStatus == 0 && figures.sfrQuarterNyquist[0] > 0.5 &&
+                   frameStatus == -2
+               ? 0
+               : 1;
 }

@@ -1,5 +1,7 @@
 """The talonvireo Python module against rendered ground truth."""
+import ctypes
 import math
+import mmap
 
 import numpy as np
 import pytest
@@ -34,8 +36,8 @@ def test_measure_frame_finds_every_edge_of_the_chart(rendered_chart):
         x, y = want["centres"]["100"]
         assert math.hypot(got["x"] - x, got["y"] - y) <= 3.0
         # The Malvar demosaic sharpens a little: within 0.06 of the rendered blur's truth.
-        assert got["sfr_quarter_nyquist"] == pytest.approx(want["sfrQuarterNyquist"], abs=0.06)
-        assert got["sfr_half_nyquist"] == pytest.approx(want["sfrHalfNyquist"], abs=0.04)
+        assert got["sfr_quarter_nyquist"] == pytest.approx(want["sfr_quarter_nyquist"], abs=0.06)
+        assert got["sfr_half_nyquist"] == pytest.approx(want["sfr_half_nyquist"], abs=0.04)
         assert got["sfr_custom"] == pytest.approx(got["sfr_quarter_nyquist"])
     assert {e["side"] for e in edges[26:]} == {90}  # the HLX6C second set
 
@@ -108,3 +110,96 @@ def test_sfr_raises_for_edges_it_cannot_measure():
         talonvireo.sfr(edge_region(), format=0x123)
     with pytest.raises(TypeError):
         talonvireo.sfr(edge_region().astype(np.float64))
+
+
+# ---- Buffers, types and numbers that must be refused, not read ----
+
+class GuardedArray:
+    """A uint8 array that ends exactly where a PROT_NONE page begins: reading one byte past
+    it faults."""
+
+    def __init__(self, rows, cols):
+        page = mmap.PAGESIZE
+        n = rows * cols
+        self.pages = (n + page - 1) // page
+        self.map = mmap.mmap(-1, (self.pages + 1) * page)
+        self.base = ctypes.addressof(ctypes.c_char.from_buffer(self.map))
+        self.libc = ctypes.CDLL(None, use_errno=True)
+        self.libc.mprotect.argtypes = [ctypes.c_void_p, ctypes.c_size_t, ctypes.c_int]
+        guard = self.base + self.pages * page
+        assert self.libc.mprotect(guard, page, 0) == 0  # PROT_NONE
+        offset = self.pages * page - n
+        self.array = np.frombuffer(self.map, dtype=np.uint8, count=n, offset=offset).reshape(rows, cols)
+
+    def release(self):
+        page = mmap.PAGESIZE
+        self.libc.mprotect(self.base + self.pages * page, page, 3)  # PROT_READ | PROT_WRITE
+
+
+@pytest.mark.parametrize("code", [0x200, 0x400, 0x800, 0x021, 0x042])
+def test_sfr_refuses_a_format_wider_than_a_uint8_array_at_a_guard_page(code):
+    guarded = GuardedArray(100, 100)
+    try:
+        guarded.array[:] = edge_region()
+        # The array itself is readable to its last byte.
+        assert talonvireo.sfr(guarded.array, format=0x100)["channels"][0]["mtf50"] > 0
+        with pytest.raises(talonvireo.InvalidInput, match="format"):
+            talonvireo.sfr(guarded.array, format=code)
+    finally:
+        guarded.release()
+
+
+def test_sfr_refuses_a_grey_format_for_a_colour_array():
+    grey = edge_region()
+    with pytest.raises(talonvireo.InvalidInput):
+        talonvireo.sfr(np.dstack([grey, grey, grey]), format=0x100)
+    with pytest.raises(talonvireo.InvalidInput):
+        talonvireo.sfr(grey.astype(np.uint16), format=0x100)
+
+
+def test_measure_frame_refuses_uint8_and_other_dtypes():
+    for dtype in (np.uint8, np.int16, np.uint32, np.float64):
+        with pytest.raises(TypeError, match="uint16"):
+            talonvireo.measure_frame(np.zeros((300, 400), dtype), member="talonvireoSFR_raw16")
+
+
+def test_measure_frame_needs_a_member_and_a_known_one():
+    frame = np.zeros((300, 400), np.uint16)
+    with pytest.raises(TypeError):
+        talonvireo.measure_frame(frame)
+    with pytest.raises(talonvireo.InvalidInput, match="unknown member 'nope'"):
+        talonvireo.measure_frame(frame, member="nope")
+    with pytest.raises(talonvireo.Error):
+        talonvireo.measure_frame(frame, member="nope")
+
+
+def test_bad_numbers_are_refused_with_the_name_and_range():
+    frame = np.zeros((300, 400), np.uint16)
+    for divisor in (-1.0, float("nan"), float("inf")):
+        with pytest.raises(talonvireo.InvalidInput, match="freq_divisor must be a finite number"):
+            talonvireo.measure_frame(frame, member="talonvireoSFR_raw16", freq_divisor=divisor)
+    for f in (-1.0, float("nan")):
+        with pytest.raises(talonvireo.InvalidInput, match="frequencies must be finite"):
+            talonvireo.sfr(edge_region(), frequencies=[0.1, f])
+
+
+def test_custom_figure_is_none_unless_asked(rendered_chart):
+    raw, _ = rendered_chart
+    edges = talonvireo.measure_frame(raw, member="talonvireoSFR_raw10_HLX6C")
+    assert all(e["sfr_custom"] is None for e in edges)
+    # Beyond the measured table the figure does not exist: None, not inf.
+    far = talonvireo.measure_frame(raw, member="talonvireoSFR_raw10_HLX6C", freq_divisor=0.2)
+    assert all(e["sfr_custom"] is None for e in far)
+    assert all(0.0 < e["sfr_quarter_nyquist"] < 1.2 for e in far)
+
+
+def test_channels_are_named():
+    grey = edge_region()
+    assert [c["channel"] for c in talonvireo.sfr(grey)["channels"]] == ["grey"]
+    bgr = np.dstack([grey, grey, grey])
+    assert [c["channel"] for c in talonvireo.sfr(bgr)["channels"]] == ["B", "G", "R"]
+
+
+def test_module_has_a_version():
+    assert isinstance(talonvireo.__version__, str)
+    assert [int(p) for p in talonvireo.__version__.split(".")] >= [0, 2, 0]

@@ -112,7 +112,8 @@ void writeTruth(const std::string& path, const render::ChartDesign& design,
             e["mtf50"] = render::trueMtf50(sigma, angle);
             edges.push_back(e);
         }
-        layouts.push_back({{"name", design.layouts[l].name}, {"corners", corners}, {"edges", edges}});
+        layouts.push_back(
+            {{"name", design.layouts[l].name}, {"corners", corners}, {"edges", edges}});
     }
     doc["layouts"] = layouts;
     OutputFile out(path);
@@ -145,7 +146,8 @@ void declare(OptionValues& o) {
     o.option("--shot-noise", "N", "noise sd at full scale, output units (default 0)");
     o.option("--read-noise", "N", "level-independent noise sd, output units (default 0)");
     o.option("--seed", "N", "noise seed (default 1)");
-    o.option("--packing", "P", "words16 (default) or mipi10 (10-bit raw only: 4 pixels in 5 bytes)");
+    o.option("--packing", "P",
+             "words16 (default) or mipi10 (10-bit raw only: 4 pixels in 5 bytes)");
     o.option("--out", "PREFIX", "output path prefix (default chart)");
 }
 

@@ -16,10 +16,10 @@ enum ExitStatus {
     kExitWrongFileSize = 4,   // a raw file that is not W x H samples
     kExitNotLocated = 5,      // chart not located
     kExitRegionOutOfBounds = 6,
-    kExitSfrFailed = 7,  // SFR calculation failed
-    kExitFailed = 8,     // any other failure (writing an output, an internal error)
-    kExitWrongChart = 9,     // located centres do not fit the member's chart design
-    kExitSampleDepth = 10,   // samples exceed the member's bit depth
+    kExitSfrFailed = 7,     // SFR calculation failed
+    kExitFailed = 8,        // any other failure (writing an output, an internal error)
+    kExitWrongChart = 9,    // located centres do not fit the member's chart design
+    kExitSampleDepth = 10,  // samples exceed the member's bit depth
 };
 
 class CliError : public std::runtime_error {

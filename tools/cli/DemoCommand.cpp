@@ -47,9 +47,9 @@ Summary summarise(const FrameReport& report) {
         if (!row.hasTruth) {
             continue;
         }
-        s.worstCentreError =
-            std::max(s.worstCentreError, std::hypot(row.measured.x - row.truth.centre.x,
-                                                    row.measured.y - row.truth.centre.y));
+        s.worstCentreError = std::max(
+            s.worstCentreError,
+            std::hypot(row.measured.x - row.truth.centre.x, row.measured.y - row.truth.centre.y));
         s.meanQuarterError += row.measured.sfrQuarterNyquist - row.truth.sfrQuarter;
         s.meanHalfError += row.measured.sfrHalfNyquist - row.truth.sfrHalf;
         ++n;

@@ -42,8 +42,8 @@ void printTable(std::FILE* out, const FrameReport& report) {
     std::fprintf(out, report.hasCustom() ? ", custom = Nyquist/%g)\n" : ")\n",
                  static_cast<double>(report.param.freqDivisor));
     if (std::isfinite(report.fitResidual)) {
-        std::fprintf(out, "centres fit the %s chart within %.2f px (rms)\n",
-                     report.project.c_str(), report.fitResidual);
+        std::fprintf(out, "centres fit the %s chart within %.2f px (rms)\n", report.project.c_str(),
+                     report.fitResidual);
     }
     std::fprintf(out, "%5s %11s %4s %8s %8s", "edge", "centre", "side", "SFR N/4", "SFR N/2");
     if (report.hasCustom()) {

@@ -58,8 +58,8 @@ bool isImagePath(const std::string& path) {
             return false;
         }
     }
-    for (const char* image : {"png", "pgm", "ppm", "pnm", "tif", "tiff", "jpg", "jpeg", "bmp",
-                              "webp"}) {
+    for (const char* image :
+         {"png", "pgm", "ppm", "pnm", "tif", "tiff", "jpg", "jpeg", "bmp", "webp"}) {
         if (ext == image) {
             return true;
         }

@@ -126,11 +126,10 @@ void checkSampleDepth(const Member& member, const cv::Mat& raw, std::FILE* warni
     cv::minMaxLoc(raw, nullptr, &largest);
     const double fullScale = std::ldexp(1.0, member.bits) - 1.0;
     if (largest > fullScale) {
-        throw CliError(kExitSampleDepth, "samples exceed " + std::to_string(member.bits) +
-                                             " bits (largest " +
-                                             std::to_string(static_cast<long>(largest)) + ", " +
-                                             member.name + " takes 0 .. " +
-                                             std::to_string(static_cast<long>(fullScale)) + ")");
+        throw CliError(kExitSampleDepth,
+                       "samples exceed " + std::to_string(member.bits) + " bits (largest " +
+                           std::to_string(static_cast<long>(largest)) + ", " + member.name +
+                           " takes 0 .. " + std::to_string(static_cast<long>(fullScale)) + ")");
     }
     if (largest < (fullScale + 1.0) / 16.0) {
         std::fprintf(warnings,

@@ -42,8 +42,7 @@ void declare(OptionValues& o) {
     o.option("--packing", "P", "words16 (default) or mipi10, for raw files");
     o.flag("--json", "output as JSON");
     o.flag("--csv", "output as CSV");
-    o.option("--overlay", "OUT.png",
-             "the frame with every region, its index and SFR at Nyquist/4");
+    o.option("--overlay", "OUT.png", "the frame with every region, its index and SFR at Nyquist/4");
     o.option("--overlay-width", "INT", "shrink the overlay picture to W pixels across");
     o.option("--min-sfr", "NUMBER",
              "limit 0 .. 2 on the SFR at Nyquist/4: failing edges are marked and the exit "
@@ -102,9 +101,9 @@ int run(const OptionValues& o) {
         printTable(stdout, report);
     }
     if (o.has("--overlay")) {
-        writeImage(o.text("--overlay"),
-                   shrinkTo(drawOverlay(greyView(raw, member->bits), report, overlayWidth),
-                            overlayWidth));
+        writeImage(
+            o.text("--overlay"),
+            shrinkTo(drawOverlay(greyView(raw, member->bits), report, overlayWidth), overlayWidth));
     }
     return report.failures() == 0 ? kExitOk : kExitBelowLimit;
 }

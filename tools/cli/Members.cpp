@@ -29,9 +29,14 @@ auto uniform(Entry<Record> entry) {
 Member member(std::string name, ChartProject project, int bits, bool eightK, bool fixedSecondSet,
               bool forced90, decltype(Member::measure) measure) {
     const bool malvar = project == ChartProject::HLX6C || project == ChartProject::K83P09BQ;
-    return {std::move(name), project,         bits,
-            eightK,          fixedSecondSet,  forced90,
-            malvar ? GreyRoad::kMalvar : GreyRoad::kEdgeDirected, std::move(measure)};
+    return {std::move(name),
+            project,
+            bits,
+            eightK,
+            fixedSecondSet,
+            forced90,
+            malvar ? GreyRoad::kMalvar : GreyRoad::kEdgeDirected,
+            std::move(measure)};
 }
 }  // namespace
 

@@ -54,8 +54,8 @@ void checkOutputPath(const std::string& option, const std::string& path) {
     if (fs::is_directory(path, ignored)) {
         throw CliError(kExitBadArguments, option + " " + path + " is a directory");
     }
-    const fs::path folder = fs::path(path).parent_path().empty() ? fs::path(".")
-                                                                 : fs::path(path).parent_path();
+    const fs::path folder =
+        fs::path(path).parent_path().empty() ? fs::path(".") : fs::path(path).parent_path();
     if (!fs::is_directory(folder, ignored)) {
         throw CliError(kExitBadArguments,
                        option + " " + path + ": folder " + folder.string() + " does not exist");

@@ -63,8 +63,8 @@ Region cutRegion(const cv::Mat& image, int format, const std::optional<cv::Rect>
         region.pixels = image(r).clone();
         region.format = format;
         if (isMosaic(format)) {
-            region.format = (format & pf::LayoutMask) |
-                            shiftedPhase(format & pf::PhaseMask, r.x, r.y);
+            region.format =
+                (format & pf::LayoutMask) | shiftedPhase(format & pf::PhaseMask, r.x, r.y);
         }
         return region;
     }
@@ -76,11 +76,13 @@ Region cutRegion(const cv::Mat& image, int format, const std::optional<cv::Rect>
                        "(--format 0x021), as the members do");
     }
     if (bits != 10 && bits != 14 && bits != 16) {
-        throw CliError(kExitBadArguments, "--road malvar and edge-directed need --bits 10, 14 or 16");
+        throw CliError(kExitBadArguments,
+                       "--road malvar and edge-directed need --bits 10, 14 or 16");
     }
     cv::Mat words = image.isContinuous() ? image : image.clone();
     cv::Mat grey(image.rows, image.cols, CV_8UC1);
-    const GreyRoad greyRoad = road == RoiRoad::kMalvar ? GreyRoad::kMalvar : GreyRoad::kEdgeDirected;
+    const GreyRoad greyRoad =
+        road == RoiRoad::kMalvar ? GreyRoad::kMalvar : GreyRoad::kEdgeDirected;
     if (rawFrameToGrey(words.ptr<std::uint16_t>(), words.cols, words.rows, bits, greyRoad,
                        grey.data) != 0) {
         throw CliError(kExitFailed, "the road to grey refused the frame");

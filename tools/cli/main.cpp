@@ -1,8 +1,8 @@
 // talonvireo-sfr: command-line front end of the talonVireoSFR library.
 #include <algorithm>
 #include <cstdio>
-#include <iterator>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
