@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Members.h"
+#include "render/RegionEncoding.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace py = pybind11;
@@ -20,27 +20,6 @@ namespace {
 
 py::array_t<double> asArray(const std::vector<double>& v) {
     return py::array_t<double>(static_cast<py::ssize_t>(v.size()), v.data());
-}
-
-// Bytes per sample and channels a pixel-format code's layout holds; {0, 0} for a layout the
-// library does not know (it refuses the code itself).
-std::pair<int, int> formatSamples(int format) {
-    switch (format & PixelFormat::LayoutMask) {
-        case PixelFormat::Bayer8:
-        case PixelFormat::Grey8:
-            return {1, 1};
-        case PixelFormat::Bayer16:
-        case PixelFormat::Bayer16B:
-        case PixelFormat::Bayer16C:
-        case PixelFormat::Grey16:
-            return {2, 1};
-        case PixelFormat::Bgr8:
-            return {1, 3};
-        case PixelFormat::Bgr16:
-            return {2, 3};
-        default:
-            return {0, 0};
-    }
 }
 
 int defaultFormat(const py::array& a) {
@@ -147,11 +126,13 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
     const int code = format ? *format : defaultFormat(region);
     // The library reads width x height pixels of the format's size: the array must hold
     // exactly that, or it would read past the buffer.
-    const auto [bytes, formatChannels] = formatSamples(code);
+    const int type = render::formatMatrixType(code);
     const int arrayChannels = region.ndim() == 3 ? static_cast<int>(region.shape(2)) : 1;
-    if (bytes == 0) {
+    if (type < 0) {
         raise("InvalidInput", "unknown pixel format " + std::to_string(code));
     }
+    const int bytes = static_cast<int>(CV_ELEM_SIZE1(type));
+    const int formatChannels = CV_MAT_CN(type);
     if (bytes != static_cast<int>(region.itemsize()) || formatChannels != arrayChannels) {
         raise("InvalidInput",
               "format " + std::to_string(code) + " takes " + (bytes == 1 ? "uint8" : "uint16") +

@@ -9,9 +9,6 @@ namespace talonvireo {
 namespace cli {
 
 namespace {
-double centreError(const EdgeRow& row) {
-    return std::hypot(row.measured.x - row.truth.centre.x, row.measured.y - row.truth.centre.y);
-}
 
 const char* verdict(const FrameReport& report, const EdgeRow& row) {
     return !report.hasLimit ? "" : report.passes(row) ? "pass" : "FAIL";
@@ -26,7 +23,10 @@ int FrameReport::failures() const {
     return n;
 }
 
-// A figure in a fixed-width column, or "-" where it does not exist.
+double EdgeRow::centreError() const {
+    return std::hypot(measured.x - truth.centre.x, measured.y - truth.centre.y);
+}
+
 void printFigure(std::FILE* out, double v) {
     if (std::isfinite(v)) {
         std::fprintf(out, " %8.4f", v);
@@ -63,7 +63,7 @@ void printTable(std::FILE* out, const FrameReport& report) {
         }
         if (row.hasTruth) {
             std::fprintf(out, " | %8.4f %8.4f %8.2f %8.2f", row.truth.sfrQuarter, row.truth.sfrHalf,
-                         row.truth.angleDeg, centreError(row));
+                         row.truth.angleDeg, row.centreError());
         }
         std::fprintf(out, report.hasLimit ? " %s\n" : "\n", verdict(report, row));
     }

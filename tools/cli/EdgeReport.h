@@ -22,6 +22,9 @@ struct EdgeRow {
     int side = 0;  // side of the region the member cut
     bool hasTruth = false;
     render::EntryTruth truth{};
+
+    // Distance (px) from the measured centre to the true one.
+    double centreError() const;
 };
 
 struct FrameReport {
@@ -48,6 +51,9 @@ struct FrameReport {
     int failures() const;
     bool hasTruth() const { return !rows.empty() && rows[0].hasTruth; }
 };
+
+// A figure in an 8-wide table column after a space, or "-" where it does not exist.
+void printFigure(std::FILE* out, double v);
 
 void printTable(std::FILE* out, const FrameReport& report);
 void printCsv(std::FILE* out, const FrameReport& report);

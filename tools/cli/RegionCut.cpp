@@ -31,22 +31,17 @@ RoiRoad parseRoad(const std::string& name) {
 }
 
 int shiftedPhase(int phase, int dx, int dy) {
-    // Rows of the 2 x 2 cell, as (top row, bottom row): RG/GB, GR/BG, GB/RG, BG/GR.
-    if (dx % 2 != 0) {
-        phase = phase == pf::PhaseRG   ? pf::PhaseGR
-                : phase == pf::PhaseGR ? pf::PhaseRG
-                : phase == pf::PhaseGB ? pf::PhaseBG
-                : phase == pf::PhaseBG ? pf::PhaseGB
-                                       : phase;
+    // A phase is where red sits in the 2 x 2 cell; an odd offset moves it to the other column
+    // or row of the cell.
+    constexpr int kPhaseAt[2][2] = {{pf::PhaseRG, pf::PhaseGR}, {pf::PhaseGB, pf::PhaseBG}};
+    for (int row = 0; row < 2; ++row) {
+        for (int col = 0; col < 2; ++col) {
+            if (kPhaseAt[row][col] == phase) {
+                return kPhaseAt[row ^ (dy & 1)][col ^ (dx & 1)];
+            }
+        }
     }
-    if (dy % 2 != 0) {
-        phase = phase == pf::PhaseRG   ? pf::PhaseGB
-                : phase == pf::PhaseGB ? pf::PhaseRG
-                : phase == pf::PhaseGR ? pf::PhaseBG
-                : phase == pf::PhaseBG ? pf::PhaseGR
-                                       : phase;
-    }
-    return phase;
+    return phase;  // not a phase code: left for the library to refuse
 }
 
 Region cutRegion(const cv::Mat& image, int format, const std::optional<cv::Rect>& rect,

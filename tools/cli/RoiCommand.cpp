@@ -7,6 +7,7 @@
 
 #include "CliError.h"
 #include "CurvePlot.h"
+#include "EdgeReport.h"
 #include "FrameFile.h"
 #include "JsonDocument.h"
 #include "OutputFile.h"
@@ -84,14 +85,6 @@ void writeCurveCsv(const std::string& path, const SfrCurve& curve) {
     out.close();
 }
 
-void printFigure(double v) {
-    if (std::isfinite(v)) {
-        std::printf(" %8.4f", v);
-    } else {
-        std::printf(" %8s", "-");
-    }
-}
-
 void printTable(const SfrCurve& curve, bool custom) {
     std::printf("status 0, %zu channel%s%s\n", curve.channels.size(),
                 curve.channels.size() == 1 ? "" : "s",
@@ -101,10 +94,10 @@ void printTable(const SfrCurve& curve, bool custom) {
     for (const SfrChannelCurve& ch : curve.channels) {
         std::printf("%7s %8.3f", ch.name.c_str(), ch.edgeAngle);
         for (double v : {ch.sfrAt[0], ch.sfrAt[1], ch.mtf50, ch.mtf30, ch.mtf10}) {
-            printFigure(v);
+            printFigure(stdout, v);
         }
         if (custom) {
-            printFigure(ch.sfrAt[2]);
+            printFigure(stdout, ch.sfrAt[2]);
         }
         std::printf("\n");
     }
