@@ -25,11 +25,14 @@ cv::Mat renderGreyChart(const ChartFrame& frame) {
 }
 
 cv::Mat renderRawChart(render::ChartProject project, int bits, int width, int height,
-                       const render::ChartTransform& placement, double sigma) {
+                       const render::ChartTransform& placement, double sigma, double readNoise,
+                       std::uint32_t seed) {
     const render::ChartDesign design = render::designChart(project);
     render::ChartExposure exposure;
     exposure.bayer = true;
     exposure.bits = bits;
+    exposure.readNoise = readNoise;
+    exposure.seed = seed;
     return render::exposeChart(
         render::chartCoverage(design.squares, placement, sigma, width, height), exposure);
 }

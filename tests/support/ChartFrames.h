@@ -29,9 +29,10 @@ inline constexpr int kChartDark = 40;
 cv::Mat renderGreyChart(const ChartFrame& frame);
 
 // A raw frame of the project's chart as a sensor gives it: Bayer R G mosaic of words with
-// `bits` significant bits (ChartExposure's default levels), no noise.
+// `bits` significant bits (ChartExposure's default levels), read noise in sample units.
 cv::Mat renderRawChart(render::ChartProject project, int bits, int width = 4000, int height = 3000,
-                       const render::ChartTransform& placement = {}, double sigma = 0.8);
+                       const render::ChartTransform& placement = {}, double sigma = 0.8,
+                       double readNoise = 0.0, std::uint32_t seed = 1);
 
 // Any set of squares, untransformed, on a width x height frame with the same levels.
 cv::Mat renderGreySquares(const std::vector<render::ChartSquare>& squares, int width, int height,
