@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
     g++ make cmake pkg-config binutils
     libopencv-dev     # core + imgproc for the library; tools may use more modules
+    libhwy-dev        # Highway: portable SIMD with run-time dispatch
     libgtest-dev      # GoogleTest
     libbenchmark-dev  # Google Benchmark
     clang-format      # formatting check run by the test suite

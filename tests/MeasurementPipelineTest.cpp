@@ -80,8 +80,8 @@ Outcome run(const Placement& placement, RegionRule rule, int roiSize) {
     SFRResult_HLX5 sentinel;
     std::memcpy(&sentinel, &record, sizeof record);
     const int status =
-        api::measureFrame(convert::unpackRaw16, GreyRoad::kImageTransform, kStandIn, rule, raw.data,
-                          kWidth, kHeight, SFRParam{4.0f, roiSize, 100}, record);
+        api::measureFrame(convert::WordDepth::k16, GreyRoad::kImageTransform, kStandIn, rule,
+                          raw.data, kWidth, kHeight, SFRParam{4.0f, roiSize, 100}, record);
     return {status, std::memcmp(&record, &sentinel, sizeof record) == 0, record};
 }
 

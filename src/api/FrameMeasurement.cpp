@@ -12,7 +12,7 @@ using api::GreyRoad;
 using api::LocatePair;
 using api::measureFrame;
 using api::RegionRule;
-using convert::RawConverter;
+using convert::WordDepth;
 
 using K31Pair = LocatePair<K31R22BX::Param, K31R22BX::Result, 34>;
 using K74Pair = LocatePair<K74T16BX::Param, K74T16BX::Result, 26>;
@@ -25,87 +25,86 @@ constexpr K74Pair kHlx6c{&api::locateHlx6c, &api::locateHlx6c2};
 constexpr K74Pair kHlx6c8k{&api::locateHlx6c8k, &api::locateHlx6c8k2};
 constexpr K83Pair kK83P09BQ{&K83P09BQ::SFRLocate_K83P09BQ, &K83P09BQ::SFRLocate_K83P09BQ_2};
 
-// The RQ8 members' body owns the converter it is handed; an empty one fails the call.
 int measureRq8(unsigned char* img, int width, int height, const SFRParam& param,
-               SFRResult_HLX5& result, RawConverter converter) {
-    return measureFrame(converter, GreyRoad::kDemosaic17, kK83P09BQ, RegionRule::kForced90, img,
-                        width, height, param, result);
+               SFRResult_HLX5& result, WordDepth depth) {
+    return measureFrame(depth, GreyRoad::kDemosaic17, kK83P09BQ, RegionRule::kForced90, img, width,
+                        height, param, result);
 }
 }  // namespace
 
 int talonvireoSFR(unsigned char* img, int width, int height, const SFRParam& param,
                   SFRResult& result) {
-    return measureFrame(convert::unpackRaw10, GreyRoad::kImageTransform, kK31R22BX,
-                        RegionRule::kRoiSize, img, width, height, param, result);
+    return measureFrame(WordDepth::k10, GreyRoad::kImageTransform, kK31R22BX, RegionRule::kRoiSize,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR(unsigned char* img, int width, int height, const SFRParam& param,
                   SFRResult_HLX5& result) {
-    return measureFrame(convert::unpackRaw10, GreyRoad::kImageTransform, kK74T16BX,
-                        RegionRule::kRoiSize, img, width, height, param, result);
+    return measureFrame(WordDepth::k10, GreyRoad::kImageTransform, kK74T16BX, RegionRule::kRoiSize,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR_raw14(unsigned char* img, int width, int height, const SFRParam& param,
                         SFRResult& result) {
-    return measureFrame(convert::unpackRaw14, GreyRoad::kImageTransform, kK31R22BX,
-                        RegionRule::kRoiSize, img, width, height, param, result);
+    return measureFrame(WordDepth::k14, GreyRoad::kImageTransform, kK31R22BX, RegionRule::kRoiSize,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR_raw14(unsigned char* img, int width, int height, const SFRParam& param,
                         SFRResult_HLX5& result) {
-    return measureFrame(convert::unpackRaw14, GreyRoad::kImageTransform, kK74T16BX,
-                        RegionRule::kRoiSize, img, width, height, param, result);
+    return measureFrame(WordDepth::k14, GreyRoad::kImageTransform, kK74T16BX, RegionRule::kRoiSize,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR_raw16(unsigned char* img, int width, int height, const SFRParam& param,
                         SFRResult_HLX5& result) {
-    return measureFrame(convert::unpackRaw16, GreyRoad::kImageTransform, kK74T16BX,
-                        RegionRule::kRoiSize, img, width, height, param, result);
+    return measureFrame(WordDepth::k16, GreyRoad::kImageTransform, kK74T16BX, RegionRule::kRoiSize,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR_raw16_HLX5_8K(unsigned char* img, int width, int height, const SFRParam& param,
                                 SFRResult_HLX5& result) {
-    return measureFrame(convert::unpackRaw16, GreyRoad::kImageTransform, kMap8k,
-                        RegionRule::kRoiSize, img, width, height, param, result);
+    return measureFrame(WordDepth::k16, GreyRoad::kImageTransform, kMap8k, RegionRule::kRoiSize,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR_raw10_HLX6C(unsigned char* img, int width, int height, const SFRParam& param,
                               SFRResult_HLX5& result) {
-    return measureFrame(convert::unpackRaw10, GreyRoad::kDemosaic17, kHlx6c,
-                        RegionRule::kFixedSecondSet, img, width, height, param, result);
+    return measureFrame(WordDepth::k10, GreyRoad::kDemosaic17, kHlx6c, RegionRule::kFixedSecondSet,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR_raw14_HLX6C(unsigned char* img, int width, int height, const SFRParam& param,
                               SFRResult_HLX5& result) {
-    return measureFrame(convert::unpackRaw14, GreyRoad::kDemosaic17, kHlx6c,
-                        RegionRule::kFixedSecondSet, img, width, height, param, result);
+    return measureFrame(WordDepth::k14, GreyRoad::kDemosaic17, kHlx6c, RegionRule::kFixedSecondSet,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR_raw16_HLX6C(unsigned char* img, int width, int height, const SFRParam& param,
                               SFRResult_HLX5& result) {
-    return measureFrame(convert::unpackRaw16, GreyRoad::kDemosaic17, kHlx6c,
-                        RegionRule::kFixedSecondSet, img, width, height, param, result);
+    return measureFrame(WordDepth::k16, GreyRoad::kDemosaic17, kHlx6c, RegionRule::kFixedSecondSet,
+                        img, width, height, param, result);
 }
 
 int talonvireoSFR_raw16_HLX6C_8K(unsigned char* img, int width, int height, const SFRParam& param,
                                  SFRResult_HLX5& result) {
-    return measureFrame(convert::unpackRaw16, GreyRoad::kDemosaic17, kHlx6c8k,
+    return measureFrame(WordDepth::k16, GreyRoad::kDemosaic17, kHlx6c8k,
                         RegionRule::kFixedSecondSet, img, width, height, param, result);
 }
 
 int talonvireoSFR_raw10_RQ8(unsigned char* img, int width, int height, const SFRParam& param,
                             SFRResult_HLX5& result) {
-    return measureRq8(img, width, height, param, result, convert::unpackRaw10);
+    return measureRq8(img, width, height, param, result, WordDepth::k10);
 }
 
 int talonvireoSFR_raw14_RQ8(unsigned char* img, int width, int height, const SFRParam& param,
                             SFRResult_HLX5& result) {
-    return measureRq8(img, width, height, param, result, convert::unpackRaw14);
+    return measureRq8(img, width, height, param, result, WordDepth::k14);
 }
 
 int talonvireoSFR_raw16_RQ8(unsigned char* img, int width, int height, const SFRParam& param,
                             SFRResult_HLX5& result) {
-    return measureRq8(img, width, height, param, result, convert::unpackRaw16);
+    return measureRq8(img, width, height, param, result, WordDepth::k16);
 }
 
 }  // namespace talonvireo

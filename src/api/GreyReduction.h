@@ -1,36 +1,43 @@
-// The members' road from raw words to 8-bit grey: unpack to one byte per sample, then
-// demosaic by one of the two roads. Shared by the members and the exported road.
+// The members' road from raw words to 8-bit grey, by one of the two demosaics: the fused
+// roads of GreyRoads.h, one pass from the words to grey. Shared by the members and the
+// exported road.
 #pragma once
+
+#include <cstdint>
+#include <new>
 
 #include <opencv2/core.hpp>
 
 #include "convert/Demosaic.h"
-#include "convert/ImageTransform.h"
-#include "convert/RawUnpack.h"
+#include "convert/GreyRoads.h"
 
 namespace talonvireo {
 namespace api {
 
 enum class GreyRoad {
-    kImageTransform,  // ImageTransform's mosaic-to-grey operation, mode 0
-    kDemosaic17,      // demosaicToGrey at pixel format 17 (8-bit mosaic)
+    kImageTransform,  // the image transform's mosaic-to-grey operation, mode 0 (RGGB)
+    kDemosaic17,      // demosaicToGrey at pixel format 17 (8-bit mosaic, Bayer R G)
 };
 
-inline constexpr int kPixelFormatMosaic8 = 17;
+inline constexpr int kBayerRg = 1;  // the phase field of format 17
 
-// `raw` is CV_16UC1 (Bayer R G); returns the CV_8UC1 grey image of its size. Throws only
-// what OpenCV's allocation throws.
-inline cv::Mat reduceToGrey(const convert::RawConverter& unpack, GreyRoad road,
-                            const cv::Mat& raw) {
-    cv::Mat mosaic(raw.rows, raw.cols, CV_8UC1);
-    unpack(raw.ptr<unsigned short>(), mosaic.data, raw.size());
+// Bayer R G words (width x height, packed) to width x height grey bytes. False, writing
+// nothing, for a null buffer, a size of 0 or less or no memory for the band buffers.
+inline bool reduceToGrey(convert::WordDepth depth, GreyRoad road, const std::uint16_t* words,
+                         int width, int height, std::uint8_t* grey) {
+    return road == GreyRoad::kDemosaic17
+               ? convert::malvarRoadToGrey(words, width, height, depth,
+                                           convert::phaseIndex(kBayerRg), grey)
+               : convert::edgeDirectedRoadToGrey(words, width, height, depth, convert::kPhaseRggb,
+                                                 grey);
+}
+
+// `raw` is CV_16UC1; returns the CV_8UC1 grey image of its size. Throws std::bad_alloc when
+// memory runs out.
+inline cv::Mat reduceToGrey(convert::WordDepth depth, GreyRoad road, const cv::Mat& raw) {
     cv::Mat grey(raw.rows, raw.cols, CV_8UC1);
-    // The conversion's own status is not looked at: grey holds whatever it wrote.
-    if (road == GreyRoad::kDemosaic17) {
-        convert::demosaicToGrey(mosaic.data, raw.cols, raw.rows, kPixelFormatMosaic8, grey.data);
-    } else {
-        libs::TalonUtil::ImageTransform transform;
-        transform.mosaicToGrey(mosaic.data, grey.data, raw.cols, raw.rows, 0);
+    if (!reduceToGrey(depth, road, raw.ptr<std::uint16_t>(), raw.cols, raw.rows, grey.data)) {
+        throw std::bad_alloc();
     }
     return grey;
 }

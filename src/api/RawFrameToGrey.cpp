@@ -2,8 +2,6 @@
 #include "talonvireo/RawFrameToGrey.h"
 
 #include <cstdint>
-#include <cstring>
-#include <exception>
 
 #include "api/GreyReduction.h"
 
@@ -15,16 +13,16 @@ int rawFrameToGrey(const std::uint16_t* raw, int width, int height, int bits, Gr
         static_cast<std::int64_t>(width) * height > INT32_MAX) {
         return -1;
     }
-    convert::RawConverter unpack;
+    convert::WordDepth depth;
     switch (bits) {
         case 10:
-            unpack = convert::unpackRaw10;
+            depth = convert::WordDepth::k10;
             break;
         case 14:
-            unpack = convert::unpackRaw14;
+            depth = convert::WordDepth::k14;
             break;
         case 16:
-            unpack = convert::unpackRaw16;
+            depth = convert::WordDepth::k16;
             break;
         default:
             return -1;
@@ -40,14 +38,8 @@ int rawFrameToGrey(const std::uint16_t* raw, int width, int height, int bits, Gr
         default:
             return -1;
     }
-    try {
-        const cv::Mat words(height, width, CV_16UC1, const_cast<std::uint16_t*>(raw));
-        const cv::Mat out = api::reduceToGrey(unpack, internal, words);
-        std::memcpy(grey, out.data, out.total());
-        return 0;
-    } catch (const std::exception&) {
-        return -1;
-    }
+    // Straight into the caller's buffer: no image of the library's own.
+    return api::reduceToGrey(depth, internal, raw, width, height, grey) ? 0 : -1;
 }
 
 }  // namespace talonvireo

@@ -15,7 +15,7 @@ namespace convert {
 namespace {
 constexpr int kBorder = 2;
 
-constexpr int kRoutineTable[4][4] = {
+constexpr int routineSelectionTable[4][4] = {
     {0, 1, 2, 3},  // B G
     {1, 0, 3, 2},  // G B
     {3, 2, 1, 0},  // R G
@@ -158,7 +158,7 @@ int phaseIndex(int phase) {
 }
 
 int routineFor(int phaseIdx, int position) {
-    return kRoutineTable[phaseIdx][position];
+    return routineSelectionTable[phaseIdx][position];
 }
 
 int demosaicBordered(const void* mosaic, int width, int height, int format, void* rgb) {

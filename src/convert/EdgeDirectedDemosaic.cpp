@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "convert/ByteLanes.h"
+#include "convert/EdgeDirectedSites.h"
 
 namespace talonvireo {
 namespace convert {
@@ -28,53 +29,16 @@ inline int average(int a, int b) {
     return (a + b) >> 1;
 }
 
-// Index of the cell partner of index i along an axis of the given extent: i + 1 for even i,
-// i - 1 for odd i; past the end, the same-colour sample on the other side; alone, i itself.
-int cellPartner(int i, int extent) {
-    int partner = (i & 1) == 0 ? i + 1 : i - 1;
-    if (partner >= extent) {
-        partner = i - 1;
-    }
-    return partner < 0 ? i : partner;
-}
+using edge_directed::isRedColumn;
+using edge_directed::isRedRow;
 
-bool isRedRow(MosaicPhase phase, int row) {
-    return ((row + phase.rowShift) & 1) == 0;
-}
-
-bool isRedColumn(MosaicPhase phase, int col) {
-    return ((col + phase.colShift) & 1) == 0;
-}
-
-// A border pixel from its own cell. alongColumn selects the green partner of a red or blue
-// site: the vertical one for the first and last column, the horizontal one for the first and
-// last row.
 void borderPixel(const MosaicView& m, MosaicPhase phase, int row, int col, bool alongColumn,
                  unsigned char* px) {
-    const int partnerRow = cellPartner(row, m.height);
-    const int partnerCol = cellPartner(col, m.width);
-    const int own = m.at(row, col);
-    const int vertical = m.at(partnerRow, col);
-    const int horizontal = m.at(row, partnerCol);
-    const int diagonal = m.at(partnerRow, partnerCol);
-    const bool redRow = isRedRow(phase, row);
-    const bool redCol = isRedColumn(phase, col);
-    int blue;
-    int green;
-    int red;
-    if (redRow == redCol) {
-        // Red (red row, red column) or blue (blue row, blue column) site.
-        green = alongColumn ? vertical : horizontal;
-        red = redRow ? own : diagonal;
-        blue = redRow ? diagonal : own;
-    } else {
-        green = own;
-        red = redRow ? horizontal : vertical;
-        blue = redRow ? vertical : horizontal;
-    }
-    px[kBlue] = static_cast<unsigned char>(blue);
-    px[kGreen] = static_cast<unsigned char>(green);
-    px[kRed] = static_cast<unsigned char>(red);
+    const edge_directed::SiteColour colour =
+        edge_directed::borderSite(m, phase, row, col, alongColumn);
+    px[kBlue] = static_cast<unsigned char>(colour.blue);
+    px[kGreen] = static_cast<unsigned char>(colour.green);
+    px[kRed] = static_cast<unsigned char>(colour.red);
     px[kFourth] = 0;
 }
 

@@ -16,9 +16,8 @@ namespace convert {
 // The type through which one body serves several bit depths.
 using RawConverter = std::function<void(const unsigned short*, unsigned char*, cv::Size)>;
 
-// 10-bit samples: dst = s >> 2 through a 1024-entry table built on every call (0..1023 maps
-// to 0..255). A sample above 1023 is out of range for 10 bits; it saturates to 255 rather
-// than indexing past the table.
+// 10-bit samples: dst = s >> 2 (0..1023 maps to 0..255). A sample above 1023 is out of
+// range for 10 bits; it saturates to 255.
 void unpackRaw10(const unsigned short* src, unsigned char* dst, cv::Size size);
 
 // 14-bit samples: dst = low byte of (s >> 6). No saturation: 16384 and above wrap
