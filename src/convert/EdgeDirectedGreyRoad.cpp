@@ -100,21 +100,23 @@ HWY_INLINE void storeLuminance(D16 d, V16 r, V16 g, V16 b, std::uint8_t* out) {
 }
 #endif
 
-// Columns 1 .. width - 2 of an interior row. chromaEvenLanes says whether the row's red or
-// blue sites sit in the even lanes of a vector starting at column 1.
+// Columns 1 .. width - 2 of an interior row. chromaEven says whether the row's red or blue
+// sites sit in even columns.
 template <bool kRedRow>
 void interiorRow(const std::uint8_t* up, const std::uint8_t* mid, const std::uint8_t* down,
-                 int width, bool chromaEvenLanes, std::uint8_t* out) {
+                 int width, bool chromaEven, std::uint8_t* out) {
     const D16 d;
     const hn::Rebind<std::uint8_t, D16> d8;
     const int n = static_cast<int>(hn::Lanes(d));
-    const auto evenLanes = hn::Eq(hn::And(hn::Iota(d, 0), hn::Set(d, 1)), hn::Zero(d));
-    const auto chroma = chromaEvenLanes ? evenLanes : hn::Not(evenLanes);
+    const V16 one = hn::Set(d, 1);
+    const V16 chromaParity = chromaEven ? hn::Zero(d) : one;
     HWY_ALIGN std::uint8_t tail[2 * HWY_MAX_BYTES];
     for (int c = 1; c <= width - 2; c += n) {
         const auto at = [&](const std::uint8_t* row, int dx) {
             return hn::PromoteTo(d, hn::LoadU(d8, row + c + dx));
         };
+        // Lanes at the row's red or blue sites (the column parity of lane i is that of c + i).
+        const auto chroma = hn::Eq(hn::And(hn::Iota(d, c), one), chromaParity);
         const V16 centre = at(mid, 0);
         const V16 west = at(mid, -1);
         const V16 east = at(mid, 1);
@@ -161,14 +163,14 @@ void EdgeDirectedBand(const std::uint16_t* words, int width, int height, WordDep
         }
         std::uint8_t* out = grey + static_cast<std::size_t>(r) * width;
         const bool redRow = isRedRow(phase, r);
-        // Column 1 holds the row's chroma colour when its colour parity matches the row's.
-        const bool chromaEvenLanes = isRedColumn(phase, 1) == redRow;
+        // Even columns hold the row's red or blue when column 0's colour parity is the row's.
+        const bool chromaEven = isRedColumn(phase, 0) == redRow;
         if (redRow) {
-            interiorRow<true>(rows.row(r - 1), rows.row(r), rows.row(r + 1), width, chromaEvenLanes,
+            interiorRow<true>(rows.row(r - 1), rows.row(r), rows.row(r + 1), width, chromaEven,
                               out);
         } else {
-            interiorRow<false>(rows.row(r - 1), rows.row(r), rows.row(r + 1), width,
-                               chromaEvenLanes, out);
+            interiorRow<false>(rows.row(r - 1), rows.row(r), rows.row(r + 1), width, chromaEven,
+                               out);
         }
         borderGrey(rows, phase, r, 0, true, grey);
         borderGrey(rows, phase, r, width - 1, true, grey);

@@ -100,8 +100,8 @@ void greyRow(const std::uint8_t* centre, std::size_t stride, int width, bool chr
     const D16 d;
     const hn::Rebind<std::uint8_t, D16> d8;
     const int n = static_cast<int>(hn::Lanes(d));
-    const auto evenLanes = hn::Eq(hn::And(hn::Iota(d, 0), hn::Set(d, 1)), hn::Zero(d));
-    const auto chroma = chromaEven ? evenLanes : hn::Not(evenLanes);
+    const V16 one = hn::Set(d, 1);
+    const V16 chromaParity = chromaEven ? hn::Zero(d) : one;
     const std::uint8_t* u2 = centre - 2 * stride;
     const std::uint8_t* u1 = centre - stride;
     const std::uint8_t* d1 = centre + stride;
@@ -111,6 +111,8 @@ void greyRow(const std::uint8_t* centre, std::size_t stride, int width, bool chr
         const auto at = [&](const std::uint8_t* row, int dx) {
             return hn::PromoteTo(d, hn::LoadU(d8, row + x + dx));
         };
+        // Lanes at the row's red or blue sites (the column parity of lane i is that of x + i).
+        const auto chroma = hn::Eq(hn::And(hn::Iota(d, x), one), chromaParity);
         const V16 c = at(centre, 0);
         const V16 h1 = hn::Add(at(centre, -1), at(centre, 1));
         const V16 h2 = hn::Add(at(centre, -2), at(centre, 2));
