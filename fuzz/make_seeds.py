@@ -81,6 +81,12 @@ def main():
         write("ConvertFuzz", f"op{op}-{fmt:x}", struct.pack("<BhhHB", op, 64, 48, fmt, 0),
               (mosaic.astype("<u2") * 4).tobytes() if op < 3 or fmt & 0x60 else mosaic.tobytes())
 
+    # GreyRoadDiffFuzz: uint8 road/depth/phase, uint8 target, uint8 w - 1, uint8 h - 1; words.
+    for choice, w, h in ((0, 64, 48), (1, 64, 48), (3, 33, 7), (6, 1, 5), (13, 159, 3)):
+        frame = np.round(squares(w, h)).astype("<u2") * 4
+        write("GreyRoadDiffFuzz", f"road{choice}-{w}x{h}", struct.pack("<BBBB", choice, 0, w - 1, h - 1),
+              frame.tobytes())
+
 
 if __name__ == "__main__":
     main()

@@ -10,7 +10,7 @@ seconds="${FUZZ_SECONDS:-30}"
 CC=clang-14 CXX=clang++-14 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DTALONVIREO_FUZZ=ON -DTALONVIREO_BUILD_TESTS=OFF -DTALONVIREO_BUILD_BENCH=OFF \
     -DTALONVIREO_BUILD_TOOLS=OFF -DTALONVIREO_BUILD_PYTHON=OFF >/dev/null
-harnesses=(RegionSfrFuzz RegionListFuzz LocateFuzz FrameMeasurementFuzz ConvertFuzz)
+harnesses=(RegionSfrFuzz RegionListFuzz LocateFuzz FrameMeasurementFuzz ConvertFuzz GreyRoadDiffFuzz)
 cmake --build "$build" --parallel "$(nproc)" --target "${harnesses[@]}"
 
 total=0

@@ -51,20 +51,20 @@ Placement allOnEdge() {
 // call and nothing else runs on its thread meanwhile.
 thread_local Placement tPlacement = allOnEdge();
 
-int locateFirst(unsigned char*, int, int, K74T16BX::Param, K74T16BX::Result& r) {
+int locateFirst(const api::LocateImages&, K74T16BX::Param, K74T16BX::Result& r) {
     for (int k = 0; k < 26; ++k)
         r.centres[k] = tPlacement.centres[k];
     return 0;
 }
 
-int locateSecond(unsigned char*, int, int, K74T16BX::Param, K74T16BX::Result& r) {
+int locateSecond(const api::LocateImages&, K74T16BX::Param, K74T16BX::Result& r) {
     for (int k = 0; k < 26; ++k)
         r.centres[k] = tPlacement.centres[26 + k];
     return 0;
 }
 
 using StandInPair = api::LocatePair<K74T16BX::Param, K74T16BX::Result, 26>;
-constexpr StandInPair kStandIn{&locateFirst, &locateSecond};
+constexpr StandInPair kStandIn{&locateFirst, &locateSecond, 0.5};
 
 struct Outcome {
     int status;

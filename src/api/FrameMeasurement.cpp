@@ -1,7 +1,7 @@
 // The thirteen whole-frame measurement members: each one row of choices for the shared body.
 #include "talonvireo/FrameMeasurement.h"
 
-#include "api/InternalLocate.h"
+#include "api/LocateRecipes.h"
 #include "api/MeasurementPipeline.h"
 #include "talonvireo/ProjectLocate.h"
 
@@ -18,12 +18,21 @@ using K31Pair = LocatePair<K31R22BX::Param, K31R22BX::Result, 34>;
 using K74Pair = LocatePair<K74T16BX::Param, K74T16BX::Result, 26>;
 using K83Pair = LocatePair<K83P09BQ::Param, K83P09BQ::Result, 26>;
 
-constexpr K31Pair kK31R22BX{&K31R22BX::SFRLocate_K31R22BX, &K31R22BX::SFRLocate_K31R22BX_2};
-constexpr K74Pair kK74T16BX{&K74T16BX::SFRLocate_K74T16BX, &K74T16BX::SFRLocate_K74T16BX_2};
-constexpr K74Pair kMap8k{&api::locateMap8k, &api::locateMap8k2};
-constexpr K74Pair kHlx6c{&api::locateHlx6c, &api::locateHlx6c2};
-constexpr K74Pair kHlx6c8k{&api::locateHlx6c8k, &api::locateHlx6c8k2};
-constexpr K83Pair kK83P09BQ{&K83P09BQ::SFRLocate_K83P09BQ, &K83P09BQ::SFRLocate_K83P09BQ_2};
+// Both locators of a member on images prepared once per frame.
+template <class Pair, class First, class Second>
+constexpr Pair pairOf() {
+    using P = typename Pair::Param;
+    using R = typename Pair::Result;
+    static_assert(First::kScale == Second::kScale, "one downscaled image serves both");
+    return {&First::template onImages<P, R>, &Second::template onImages<P, R>, First::kScale};
+}
+
+constexpr K31Pair kK31R22BX = pairOf<K31Pair, api::K31R22BXFirst, api::K31R22BXSecond>();
+constexpr K74Pair kK74T16BX = pairOf<K74Pair, api::K74T16BXFirst, api::K74T16BXSecond>();
+constexpr K74Pair kMap8k = pairOf<K74Pair, api::Map8kFirst, api::Map8kSecond>();
+constexpr K74Pair kHlx6c = pairOf<K74Pair, api::Hlx6cFirst, api::Hlx6cSecond>();
+constexpr K74Pair kHlx6c8k = pairOf<K74Pair, api::Hlx6c8kFirst, api::Hlx6c8kSecond>();
+constexpr K83Pair kK83P09BQ = pairOf<K83Pair, api::K83P09BQFirst, api::K83P09BQSecond>();
 
 int measureRq8(unsigned char* img, int width, int height, const SFRParam& param,
                SFRResult_HLX5& result, WordDepth depth) {

@@ -10,6 +10,7 @@
 #include <opencv2/core.hpp>
 
 #include "api/GreyReduction.h"
+#include "api/LocateEntry.h"
 #include "convert/WordDepth.h"
 #include "locate/IntConversion.h"
 #include "talonvireo/MeasurementRecords.h"
@@ -24,14 +25,16 @@ enum class RegionRule {
     kForced90,        // roiSize forced to 90 in the caller's record; markSearchSize >= 90
 };
 
-// Two locate functions run one after the other, each filling `Edges` centres.
+// Two locate functions, each filling `Edges` centres, both searching the frame downscaled by
+// `scale`: the pipeline downscales it once for the two.
 template <class ParamT, class ResultT, int Edges>
 struct LocatePair {
     using Param = ParamT;
     using Result = ResultT;
-    using Locate = int (*)(unsigned char*, int, int, Param, Result&);
+    using Locate = int (*)(const LocateImages&, Param, Result&);
     Locate first;
     Locate second;
+    double scale;
     static constexpr int kEdges = Edges;
 };
 
@@ -96,8 +99,9 @@ int measureFrame(convert::WordDepth depth, GreyRoad road, const Pair& pair, Regi
 
         typename Pair::Result located[2] = {};
         const typename Pair::Param locateParam{mark};
-        if (pair.first(grey.data, grey.cols, grey.rows, locateParam, located[0]) != 0 ||
-            pair.second(grey.data, grey.cols, grey.rows, locateParam, located[1]) != 0) {
+        const LocateImages images = LocateImages::at(grey, pair.scale);
+        if (pair.first(images, locateParam, located[0]) != 0 ||
+            pair.second(images, locateParam, located[1]) != 0) {
             return -2;
         }
 

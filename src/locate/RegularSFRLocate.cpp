@@ -10,6 +10,9 @@ namespace RegularSFR {
 RegularSFRLocate::RegularSFRLocate(const cv::Mat& image)
     : workImage(image.clone()), sourceImage(image) {}
 
+RegularSFRLocate::RegularSFRLocate(const cv::Mat& image, const cv::Mat& downscaled)
+    : workImage(downscaled), sourceImage(image), workImageGiven(true) {}
+
 void RegularSFRLocate::setScale(double s) {
     if (s == 1.0) {
         return;
@@ -92,7 +95,9 @@ int RegularSFRLocate::prepare() {
                 third[c] /= scale;
             }
         }
-        cv::resize(sourceImage, workImage, cv::Size(), scale, scale, cv::INTER_LINEAR);
+        if (!workImageGiven) {
+            cv::resize(sourceImage, workImage, cv::Size(), scale, scale, cv::INTER_LINEAR);
+        }
     } else {
         workImage = sourceImage.clone();
     }

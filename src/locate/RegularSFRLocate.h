@@ -19,6 +19,10 @@ class RegularSFRLocate {
 public:
     // Shares `image` as the source and searches a deep copy of it.
     explicit RegularSFRLocate(const cv::Mat& image);
+    // Shares `image` as the source and `downscaled` (cv::resize of image by the scale that
+    // setScale will set, linear) as the work image, so that prepare does not downscale again:
+    // for callers that run several locators on one frame. Neither is written.
+    RegularSFRLocate(const cv::Mat& image, const cv::Mat& downscaled);
 
     // Slot 0: sets cornerSearchSize.
     virtual void initParams() = 0;
@@ -65,6 +69,7 @@ public:
     cv::Mat sourceImage;
     double scale = 1.0;
     bool scaled = false;
+    bool workImageGiven = false;  // workImage came downscaled from the caller
     std::vector<ChartEdge> edges;
     std::vector<ChartCorner> corners;
     int cornerSearchSize = 0;

@@ -56,10 +56,13 @@ int edgeAverage(int a, int b) {
 
 std::uint8_t oracleUnpack(std::uint16_t word, int bits) {
     if (bits == 10) {
-        std::array<std::uint8_t, 1024> table{};
-        for (int i = 0; i < 1024; ++i) {
-            table[i] = static_cast<std::uint8_t>(i >> 2);
-        }
+        static const std::array<std::uint8_t, 1024> table = [] {
+            std::array<std::uint8_t, 1024> t{};
+            for (int i = 0; i < 1024; ++i) {
+                t[i] = static_cast<std::uint8_t>(i >> 2);
+            }
+            return t;
+        }();
         return table[std::min<int>(word, 1023)];
     }
     if (bits == 14) {
