@@ -81,6 +81,10 @@ protected:
     // Index of the first earlier corner with the same chart point and kind, or i.
     std::size_t sameCornerBefore(std::size_t i) const;
 
+    // One corner searched on workImage round its projection, in work-image pixels; throws
+    // when it cannot be placed.
+    cv::Point2f searchCorner(const ChartCorner& corner, int half) const;
+
     // Locators are locals of their concrete type, never deleted through the base.
     ~RegularSFRLocate() = default;
     RegularSFRLocate(const RegularSFRLocate&) = default;
