@@ -5,12 +5,15 @@
 
 #include <cstdint>
 #include <exception>
+#include <type_traits>
 #include <vector>
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "api/LocateOrder.h"
+#include "locate/MarkSearchMemo.h"
+#include "locate/SFRLocate_LX.h"
 
 namespace talonvireo {
 namespace api {
@@ -21,9 +24,11 @@ struct LocateImages {
     cv::Mat grey;
     cv::Mat downscaled;
     double scale = 1.0;
+    // Where locators that search the frame's marks keep what they found for the next one.
+    RegularSFR::MarkSearchMemo* marks = nullptr;
 
-    static LocateImages at(const cv::Mat& grey, double scale) {
-        LocateImages images{grey, cv::Mat(), scale};
+    static LocateImages at(const cv::Mat& grey, double scale, RegularSFR::MarkSearchMemo* marks) {
+        LocateImages images{grey, cv::Mat(), scale, marks};
         if (scale != 1.0) {
             cv::resize(grey, images.downscaled, cv::Size(), scale, scale, cv::INTER_LINEAR);
         }
@@ -39,6 +44,9 @@ void runLocator(const LocateImages& images, int markSearchSize, double scale,
     Locator locator = shared ? Locator(images.grey, images.downscaled) : Locator(images.grey);
     locator.setScale(scale);
     locator.markSearchSize = markSearchSize;
+    if constexpr (std::is_base_of_v<RegularSFR::SFRLocate_LX, Locator>) {
+        locator.memo = images.marks;
+    }
     locator.locate();
     // Not looked at: a failure shows as an empty read-out or as centres the caller's bounds
     // test rejects.
@@ -63,8 +71,8 @@ int locateEntry(unsigned char* img, int width, int height, int markSearchSize, d
         }
         // Borrowed, not copied; a negative size throws here.
         const cv::Mat image(height, width, CV_8UC1, img);
-        runLocator<Locator>(LocateImages{image, cv::Mat(), 1.0}, markSearchSize, scale, order,
-                            result);
+        runLocator<Locator>(LocateImages{image, cv::Mat(), 1.0, nullptr}, markSearchSize, scale,
+                            order, result);
         return 0;
     } catch (const std::exception&) {
         return -1;

@@ -99,7 +99,8 @@ int measureFrame(convert::WordDepth depth, GreyRoad road, const Pair& pair, Regi
 
         typename Pair::Result located[2] = {};
         const typename Pair::Param locateParam{mark};
-        const LocateImages images = LocateImages::at(grey, pair.scale);
+        RegularSFR::MarkSearchMemo marks;
+        const LocateImages images = LocateImages::at(grey, pair.scale, &marks);
         if (pair.first(images, locateParam, located[0]) != 0 ||
             pair.second(images, locateParam, located[1]) != 0) {
             return -2;

@@ -29,6 +29,11 @@ void SFRLocate_LX2::locate() {
 }
 
 void SFRLocate_LX::searchMarks(cv::Point2f reference) {
+    if (memo != nullptr && memo->found && memo->reference == reference &&
+        memo->markSearchSize == markSearchSize) {
+        perspective = memo->perspective.clone();
+        return;
+    }
     const int cols = sourceImage.cols;
     const int rows = sourceImage.rows;
     const cv::Rect centralHalf(cols / 2 - cols / 4, rows / 2 - rows / 4, cols / 2, rows / 2);
@@ -80,6 +85,9 @@ void SFRLocate_LX::searchMarks(cv::Point2f reference) {
     m[4] = 1.0;
     m[5] = shiftY;
     m[8] = 1.0;
+    if (memo != nullptr) {
+        *memo = {true, reference, markSearchSize, perspective.clone()};
+    }
 }
 
 }  // namespace RegularSFR

@@ -9,6 +9,7 @@
 #include <opencv2/core.hpp>
 
 #include "locate/LayoutLocator.h"
+#include "locate/MarkSearchMemo.h"
 
 namespace RegularSFR {
 
@@ -21,7 +22,10 @@ public:
     // midpoint of the two dark blobs (area above markSearchSize squared) in the central half
     // of the source image whose centres lie nearest it. A default cv::Exception when fewer
     // than two such blobs exist.
+    // With a memo, a search of the same reference and size on the same frame is done once.
     virtual void searchMarks(cv::Point2f reference);
+
+    MarkSearchMemo* memo = nullptr;
 };
 
 class SFRLocate_LX2 : public SFRLocate_LX {
