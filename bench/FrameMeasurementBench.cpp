@@ -8,27 +8,17 @@
 
 #include <opencv2/core.hpp>
 
+#include "ChartFrame.h"
 #include "api/InternalLocate.h"
 #include "convert/Demosaic.h"
 #include "convert/ImageTransform.h"
 #include "convert/RawUnpack.h"
-#include "render/ChartDesign.h"
-#include "render/ChartRenderer.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
 using namespace talonvireo;
+using bench::rawChart;
 using render::ChartProject;
-
-cv::Mat rawChart(ChartProject project, int bits, int width, int height) {
-    const render::ChartDesign design = render::designChart(project);
-    render::ChartExposure exposure;
-    exposure.bayer = true;
-    exposure.bits = bits;
-    exposure.readNoise = 2.0 * (1 << (bits - 8));
-    return render::exposeChart(render::chartCoverage(design.squares, {}, 0.8, width, height),
-                               exposure);
-}
 
 // One call of a member on a frame: its status.
 using Call = std::function<int(unsigned char*, int, int)>;

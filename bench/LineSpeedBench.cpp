@@ -10,29 +10,19 @@
 
 #include <opencv2/core.hpp>
 
+#include "ChartFrame.h"
 #include "api/LocateRecipes.h"
 #include "api/MeasurementPipeline.h"
 #include "convert/GreyRoads.h"
-#include "render/ChartDesign.h"
-#include "render/ChartRenderer.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
 using namespace talonvireo;
+using bench::rawChart;
 using render::ChartProject;
 
-cv::Mat rawFrame(ChartProject project, int bits, int width, int height) {
-    const render::ChartDesign design = render::designChart(project);
-    render::ChartExposure exposure;
-    exposure.bayer = true;
-    exposure.bits = bits;
-    exposure.readNoise = 2.0 * (1 << (bits - 8));
-    return render::exposeChart(render::chartCoverage(design.squares, {}, 0.8, width, height),
-                               exposure);
-}
-
 void BM_FusedRoad(benchmark::State& state, bool malvar) {
-    const cv::Mat raw = rawFrame(ChartProject::HLX6C, 10, 4000, 3000);
+    const cv::Mat raw = rawChart(ChartProject::HLX6C, 10, 4000, 3000);
     cv::Mat grey(raw.size(), CV_8UC1);
     for (auto _ : state) {
         const auto* words = raw.ptr<std::uint16_t>();
@@ -50,7 +40,7 @@ BENCHMARK_CAPTURE(BM_FusedRoad, malvar, true)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_FusedRoad, edge_directed, false)->Unit(benchmark::kMillisecond);
 
 cv::Mat greyFrame(ChartProject project, int width, int height) {
-    const cv::Mat raw = rawFrame(project, 10, width, height);
+    const cv::Mat raw = rawChart(project, 10, width, height);
     cv::Mat grey(raw.size(), CV_8UC1);
     convert::malvarRoadToGrey(raw.ptr<std::uint16_t>(), width, height, convert::WordDepth::k10, 2,
                               grey.data);
@@ -129,7 +119,7 @@ BENCHMARK(BM_RegionsInParallel)->Unit(benchmark::kMillisecond);
 // call on its caller's thread.
 void BM_TwoStreams(benchmark::State& state) {
     const int libraryThreads = static_cast<int>(state.range(0));
-    const cv::Mat raw = rawFrame(ChartProject::HLX6C, 10, 4000, 3000);
+    const cv::Mat raw = rawChart(ChartProject::HLX6C, 10, 4000, 3000);
     constexpr int kFramesPerThread = 8;
     for (auto _ : state) {
         std::vector<std::thread> callers;
@@ -159,7 +149,7 @@ BENCHMARK(BM_TwoStreams)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseReal
 
 // One caller, frame after frame: the figure a single stream gets.
 void BM_OneStream(benchmark::State& state) {
-    cv::Mat raw = rawFrame(ChartProject::HLX6C, 10, 4000, 3000);
+    cv::Mat raw = rawChart(ChartProject::HLX6C, 10, 4000, 3000);
     for (auto _ : state) {
         SFRParam param{4.0f, 80, 100};
         SFRResult_HLX5 result{};

@@ -12,8 +12,7 @@
 
 #include <opencv2/core.hpp>
 
-#include "render/ChartDesign.h"
-#include "render/ChartRenderer.h"
+#include "ChartFrame.h"
 #include "talonvireo/talonVireoSFR.h"
 
 extern "C" {

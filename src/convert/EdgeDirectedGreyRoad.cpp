@@ -7,9 +7,10 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "convert/WeightedGrey-inl.h"
+
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 #include "convert/EdgeDirectedSites.h"
 #include "convert/GreyRoads.h"
@@ -70,35 +71,9 @@ HWY_BEFORE_NAMESPACE();
 namespace talonvireo {
 namespace convert {
 namespace HWY_NAMESPACE {
-namespace hn = hwy::HWY_NAMESPACE;
 
-using D16 = hn::ScalableTag<std::int16_t>;
-using V16 = hn::Vec<D16>;
-
-// (117 B + 601 G + 306 R) >> 10 of N pixels, stored as N bytes.
-#if HWY_TARGET == HWY_SCALAR
-// One lane: nothing to halve.
-HWY_INLINE void storeLuminance(D16, V16 r, V16 g, V16 b, std::uint8_t* out) {
-    out[0] = static_cast<std::uint8_t>(
-        (117 * hn::GetLane(b) + 601 * hn::GetLane(g) + 306 * hn::GetLane(r)) >> 10);
-}
-#else
-HWY_INLINE void storeLuminance(D16 d, V16 r, V16 g, V16 b, std::uint8_t* out) {
-    const hn::Half<D16> dh;
-    const hn::Repartition<std::int32_t, D16> d32;
-    const hn::Rebind<std::uint8_t, decltype(d32)> d8;
-    const auto luma = [&](hn::Vec<decltype(dh)> rh, hn::Vec<decltype(dh)> gh,
-                          hn::Vec<decltype(dh)> bh) {
-        const auto sum = hn::Add(hn::Add(hn::Mul(hn::PromoteTo(d32, bh), hn::Set(d32, 117)),
-                                         hn::Mul(hn::PromoteTo(d32, gh), hn::Set(d32, 601))),
-                                 hn::Mul(hn::PromoteTo(d32, rh), hn::Set(d32, 306)));
-        return hn::DemoteTo(d8, hn::ShiftRight<10>(sum));
-    };
-    hn::StoreU(luma(hn::LowerHalf(dh, r), hn::LowerHalf(dh, g), hn::LowerHalf(dh, b)), d8, out);
-    hn::StoreU(luma(hn::UpperHalf(dh, r), hn::UpperHalf(dh, g), hn::UpperHalf(dh, b)), d8,
-               out + hn::Lanes(d) / 2);
-}
-#endif
+// The edge-directed demosaic's luminance: (306 R + 601 G + 117 B) >> 10.
+using EdgeDirectedLuma = GreyWeights<306, 601, 117, 0, 10>;
 
 // Columns 1 .. width - 2 of an interior row. chromaEven says whether the row's red or blue
 // sites sit in even columns.
@@ -110,7 +85,6 @@ void interiorRow(const std::uint8_t* up, const std::uint8_t* mid, const std::uin
     const int n = static_cast<int>(hn::Lanes(d));
     const V16 one = hn::Set(d, 1);
     const V16 chromaParity = chromaEven ? hn::Zero(d) : one;
-    HWY_ALIGN std::uint8_t tail[2 * HWY_MAX_BYTES];
     for (int c = 1; c <= width - 2; c += n) {
         const auto at = [&](const std::uint8_t* row, int dx) {
             return hn::PromoteTo(d, hn::LoadU(d8, row + c + dx));
@@ -139,12 +113,8 @@ void interiorRow(const std::uint8_t* up, const std::uint8_t* mid, const std::uin
         const V16 other = hn::IfThenElse(chroma, diagonal, alongColumn);
         const V16 red = kRedRow ? own : other;
         const V16 blue = kRedRow ? other : own;
-        if (c + n <= width - 1) {
-            storeLuminance(d, red, green, blue, out + c);
-        } else {
-            storeLuminance(d, red, green, blue, tail);
-            std::memcpy(out + c, tail, static_cast<std::size_t>(width - 1 - c));
-        }
+        storeGrey(EdgeDirectedLuma{}, d, red, green, blue, out + c,
+                  static_cast<std::size_t>(width - 1 - c));
     }
 }
 

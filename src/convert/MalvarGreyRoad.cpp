@@ -8,8 +8,9 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "convert/WeightedGrey-inl.h"
+
 #include <cstddef>
-#include <cstring>
 
 #include <opencv2/core.hpp>
 
@@ -56,41 +57,14 @@ HWY_BEFORE_NAMESPACE();
 namespace talonvireo {
 namespace convert {
 namespace HWY_NAMESPACE {
-namespace hn = hwy::HWY_NAMESPACE;
-
-using D16 = hn::ScalableTag<std::int16_t>;
-using V16 = hn::Vec<D16>;
 
 // Kernel result over 16, clamped to a byte.
 HWY_INLINE V16 clampedChannel(D16 d, V16 sum) {
     return hn::Min(hn::Max(hn::ShiftRight<4>(sum), hn::Zero(d)), hn::Set(d, 255));
 }
 
-// OpenCV's fixed-point RGB-to-grey of N pixels, stored as N bytes.
-#if HWY_TARGET == HWY_SCALAR
-// One lane: nothing to halve.
-HWY_INLINE void storeGrey(D16, V16 r, V16 g, V16 b, std::uint8_t* out) {
-    out[0] = static_cast<std::uint8_t>(
-        (9798 * hn::GetLane(r) + 19235 * hn::GetLane(g) + 3735 * hn::GetLane(b) + 16384) >> 15);
-}
-#else
-HWY_INLINE void storeGrey(D16 d, V16 r, V16 g, V16 b, std::uint8_t* out) {
-    const hn::Half<D16> dh;
-    const hn::Repartition<std::int32_t, D16> d32;
-    const hn::Rebind<std::uint8_t, decltype(d32)> d8;
-    const auto grey = [&](hn::Vec<decltype(dh)> rh, hn::Vec<decltype(dh)> gh,
-                          hn::Vec<decltype(dh)> bh) {
-        const auto sum = hn::Add(
-            hn::Add(hn::Mul(hn::PromoteTo(d32, rh), hn::Set(d32, 9798)),
-                    hn::Mul(hn::PromoteTo(d32, gh), hn::Set(d32, 19235))),
-            hn::Add(hn::Mul(hn::PromoteTo(d32, bh), hn::Set(d32, 3735)), hn::Set(d32, 16384)));
-        return hn::DemoteTo(d8, hn::ShiftRight<15>(sum));
-    };
-    hn::StoreU(grey(hn::LowerHalf(dh, r), hn::LowerHalf(dh, g), hn::LowerHalf(dh, b)), d8, out);
-    hn::StoreU(grey(hn::UpperHalf(dh, r), hn::UpperHalf(dh, g), hn::UpperHalf(dh, b)), d8,
-               out + hn::Lanes(d) / 2);
-}
-#endif
+// OpenCV's fixed-point RGB-to-grey of 8-bit pixels.
+using OpenCvGrey = GreyWeights<9798, 19235, 3735, 16384, 15>;
 
 // One output row. `centre` points at the row's first sample in the band; chromaEven says
 // whether the row's red or blue sites sit in even columns.
@@ -106,7 +80,6 @@ void greyRow(const std::uint8_t* centre, std::size_t stride, int width, bool chr
     const std::uint8_t* u1 = centre - stride;
     const std::uint8_t* d1 = centre + stride;
     const std::uint8_t* d2 = centre + 2 * stride;
-    HWY_ALIGN std::uint8_t tail[2 * HWY_MAX_BYTES];
     for (int x = 0; x < width; x += n) {
         const auto at = [&](const std::uint8_t* row, int dx) {
             return hn::PromoteTo(d, hn::LoadU(d8, row + x + dx));
@@ -145,12 +118,7 @@ void greyRow(const std::uint8_t* centre, std::size_t stride, int width, bool chr
             red = hn::IfThenElse(chroma, diagonal, alongColumn);
             blue = hn::IfThenElse(chroma, c, alongRow);
         }
-        if (x + n <= width) {
-            storeGrey(d, red, green, blue, out + x);
-        } else {
-            storeGrey(d, red, green, blue, tail);
-            std::memcpy(out + x, tail, static_cast<std::size_t>(width - x));
-        }
+        storeGrey(OpenCvGrey{}, d, red, green, blue, out + x, static_cast<std::size_t>(width - x));
     }
 }
 
