@@ -89,7 +89,9 @@ std::vector<cv::Point> CornerCandidateFinder::findCandidates(int kind) {
     cv::threshold(image, dark, 255.0, 1.0, cv::THRESH_BINARY_INV | cv::THRESH_OTSU);
 
     // Light everywhere but on dark blobs of at least an eighth of the mark's square.
-    cv::Mat light = cv::Mat::ones(image.size(), CV_8UC1);
+    // Filled directly rather than through a matrix expression: OpenCV's expressions share a
+    // lazily made operator table that corner searches on several threads would race to read.
+    cv::Mat light(image.size(), CV_8UC1, cv::Scalar(1));
     const int minArea = squareInt32(size) / 8;
     std::vector<std::vector<cv::Point>> contours;
     std::vector<cv::Vec4i> hierarchy;

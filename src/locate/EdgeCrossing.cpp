@@ -42,7 +42,7 @@ bool RegularSFRLocate::findEdgeCrossing(ChartEdge& edge, int radius) {
     if (centre.inside(cv::Rect(cv::Point(), roi.size())) && r > roi.cols + roi.rows) {
         return false;  // the whole region lies inside the ring: it crosses nothing
     }
-    cv::Mat ring = cv::Mat::zeros(roi.size(), CV_8UC1);
+    cv::Mat ring(roi.size(), CV_8UC1, cv::Scalar(0));
     cv::circle(ring, centre, r, cv::Scalar(1), 1, cv::LINE_8, 0);
 
     std::vector<unsigned char> samples;
@@ -77,7 +77,7 @@ bool RegularSFRLocate::findEdgeCrossing(ChartEdge& edge, int radius) {
     if (best < 0) {
         return false;
     }
-    cv::Mat filled = cv::Mat::zeros(roi.size(), CV_8UC1);
+    cv::Mat filled(roi.size(), CV_8UC1, cv::Scalar(0));
     cv::drawContours(filled, contours, best, cv::Scalar::all(255), cv::FILLED, cv::LINE_8,
                      cv::noArray(), INT_MAX, cv::Point(0, 0));
     // Blob pixels with a non-blob 3 x 3 neighbour: the blob's inner boundary.
