@@ -30,6 +30,8 @@ struct ChannelProfile {
     std::vector<double> lsf;  // its derivative, centred and Hamming-windowed
     double edgeAngle = 0.0;   // degrees
     double delfac = 1.0;
+    EdgeLine line;         // the fitted edge in the upright working image
+    bool rotated = false;  // the working image was given a quarter turn
 };
 
 struct SfrContext {

@@ -50,7 +50,7 @@ int writeChannelTables(SfrContext& ctx, int channel) {
         ctx.profiles.resize(static_cast<size_t>(channel) + 1);
     }
     ctx.profiles[static_cast<size_t>(channel)] = {std::move(esf), std::move(lsf), ctx.edgeAngle,
-                                                  ctx.delfac};
+                                                  ctx.delfac,     ctx.line,       ctx.rotated != 0};
     return kSfrOk;
 }
 

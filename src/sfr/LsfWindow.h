@@ -1,0 +1,28 @@
+// The window laid on the line spread before its transform.
+//
+// Far from the edge the line spread is only noise; near it, cutting the tails would bend the
+// curve. The window is flat over a span set by the edge's own 10-90 % rise and falls to zero
+// in a raised-cosine taper, both scaled to the measured blur and kept within the span the
+// samples cover.
+#pragma once
+
+#include "sfr/LocalLinearProfile.h"
+
+namespace talonvireo {
+namespace sfr {
+
+struct LsfWindow {
+    double centre = 0.0;  // the edge's 50 % point, pixels from the fitted line
+    double flat = 0.0;    // half-width of the flat part
+    double taper = 0.0;   // length of each taper
+    double rise = 0.0;    // the 10-90 % rise it was sized from
+
+    double reach() const { return flat + taper; }
+    double weight(double x) const;
+};
+
+// Sizes the window from the profile's levels. `valid` outputs are those with enough weight.
+LsfWindow lsfWindowFor(const LocalLinearProfile& profile);
+
+}  // namespace sfr
+}  // namespace talonvireo

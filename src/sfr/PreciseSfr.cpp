@@ -1,0 +1,209 @@
+#include "sfr/PreciseSfr.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+#include "sfr/EdgeLineRefinement.h"
+#include "sfr/KernelWidth.h"
+#include "sfr/LocalLinearProfile.h"
+#include "sfr/LsfSpectrum.h"
+#include "sfr/LsfWindow.h"
+#include "sfr/PhaseWeights.h"
+#include "sfr/SampleBins.h"
+#include "sfr/SfrConstants.h"
+
+namespace talonvireo {
+namespace sfr {
+
+namespace {
+// Largest lattice component left after the kernel (relative density ripple).
+constexpr double kLatticeResidual = 2.0e-4;
+// Fine bins per kernel sigma and bins per output point: outputs every half sigma. A bin
+// weighs at its samples' mean position, so its width only blurs the kernel by its spread
+// (at most a 1/256 sigma^2 variance).
+constexpr double kBinsPerSigma = 8.0;
+constexpr int kBinsPerStep = 4;
+// Distances first looked at (widened when the window needs more room for its plateaus), and
+// the refinement's iterations.
+constexpr double kFirstRange = 8.0;
+constexpr double kPlateauRoom = 1.5;
+constexpr int kRefinements = 3;
+// Reported curve: step and highest frequency, which also stops where the kernel's transfer
+// falls below kMinTransfer (dividing by less only amplifies noise).
+constexpr double kFrequencyStep = 0.005;
+constexpr double kMaxFrequency = 1.0;
+constexpr double kMinTransfer = 0.05;
+
+// Largest distance of any sample from the line (at the corners of the lattice).
+double farthestSample(const EdgeSamples& s, const EdgeFrame& frame) {
+    double far = 0.0;
+    for (int j : {0, s.cols() - 1}) {
+        for (int i : {0, s.rows() - 1}) {
+            far = std::max(far, std::fabs(frame.distance(s.x(j), s.y(i))));
+        }
+    }
+    return far;
+}
+
+// Sign that makes levels rise with distance: compares the sides within a few pixels.
+double riseSign(const EdgeSamples& s, const EdgeLine& line) {
+    const EdgeFrame frame{line, 1.0};
+    double left = 0.0, right = 0.0, nLeft = 0.0, nRight = 0.0;
+    for (int i = 0; i < s.rows(); ++i) {
+        const float* level = s.values.ptr<float>(i);
+        const ColumnSpan span = columnsWithin(s, frame, i, 8.0);
+        for (int j = span.first; j < span.last; ++j) {
+            const double d = frame.distance(s.x(j), s.y(i));
+            if (d < -1.0) {
+                left += level[j];
+                nLeft += 1.0;
+            } else if (d > 1.0) {
+                right += level[j];
+                nRight += 1.0;
+            }
+        }
+    }
+    if (nLeft == 0.0 || nRight == 0.0) {
+        throw std::runtime_error("the edge line does not cross the samples");
+    }
+    return right / nRight >= left / nLeft ? 1.0 : -1.0;
+}
+
+// How the profile is built for the current line: row weights, kernel and bin width.
+struct Construction {
+    PhaseWeights weights;
+    double sigma = 0.0;
+    double binWidth = 0.0;
+};
+
+Construction constructionFor(const EdgeSamples& s, const EdgeFrame& frame) {
+    Construction c;
+    c.weights = phaseWeights(s, frame);
+    c.sigma = kernelSigmaFor(c.weights, frame.line.slope, s.pitch, kLatticeResidual);
+    c.binWidth = c.sigma / kBinsPerSigma;
+    return c;
+}
+
+LocalLinearProfile profileOf(const EdgeSamples& s, const EdgeFrame& frame, double range,
+                             const Construction& c) {
+    return localLinearProfile(binByDistance(s, c.weights.rowWeight, frame, range, c.binWidth),
+                              c.sigma, kBinsPerStep);
+}
+
+// The line, the construction it implies and the profile built along it.
+struct Fit {
+    EdgeFrame frame;
+    Construction c;
+    double range = 0.0;
+    LocalLinearProfile profile;
+    LsfWindow window;
+};
+
+// A first profile along `initial`, over a range widened once when the window needs more
+// room for its plateaus.
+Fit firstLook(const EdgeSamples& samples, const EdgeLine& initial) {
+    if (samples.values.type() != CV_32FC1 || samples.values.total() < 16) {
+        throw std::runtime_error("too few samples");
+    }
+    Fit f;
+    f.frame = EdgeFrame{initial, riseSign(samples, initial)};
+    f.c = constructionFor(samples, f.frame);
+    const double available = farthestSample(samples, f.frame);
+    f.range = std::min(available, kFirstRange + 5.0 * f.c.sigma);
+    f.profile = profileOf(samples, f.frame, f.range, f.c);
+    f.window = lsfWindowFor(f.profile);
+    const double needed = std::fabs(f.window.centre) + kPlateauRoom * f.window.reach() + 1.0;
+    if (needed > f.range && f.range < available) {
+        f.range = std::min(available, needed);
+        f.profile = profileOf(samples, f.frame, f.range, f.c);
+        f.window = lsfWindowFor(f.profile);
+    }
+    return f;
+}
+
+void refineLine(const EdgeSamples& samples, Fit& f) {
+    for (int i = 0; i < kRefinements; ++i) {
+        const double near = std::min(f.range, std::fabs(f.window.centre) + f.window.reach() + 1.0);
+        const EdgeFrame next =
+            refineEdgeLine(samples, f.c.weights.rowWeight, f.frame, f.profile, near);
+        const double moved =
+            std::fabs(next.line.slope - f.frame.line.slope) * samples.rows() * samples.pitch +
+            std::fabs(next.line.intercept - f.frame.line.intercept);
+        f.frame = next;
+        f.c = constructionFor(samples, f.frame);
+        if (moved < 1.0e-4 || i + 1 == kRefinements) {
+            break;
+        }
+        f.profile = profileOf(samples, f.frame, near, f.c);
+    }
+}
+}  // namespace
+
+EdgeLine refinePreciseLine(const EdgeSamples& samples, const EdgeLine& initial) {
+    Fit f = firstLook(samples, initial);
+    refineLine(samples, f);
+    return f.frame.line;
+}
+
+PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
+                            const std::vector<double>& frequencies, bool refine) {
+    Fit f = firstLook(samples, initial);
+    if (refine) {
+        refineLine(samples, f);
+    }
+    const EdgeFrame& frame = f.frame;
+    const Construction& c = f.c;
+    const LocalLinearProfile profile = profileOf(samples, frame, f.range, c);
+    const LsfWindow window = lsfWindowFor(profile);
+    if (!(window.reach() > 0.0)) {
+        throw std::runtime_error("no edge profile");
+    }
+
+    PreciseCurve curve;
+    curve.kernelSigma = c.sigma;
+    curve.step = profile.step;
+    curve.edgeAngle = std::atan(frame.line.slope) * 180.0 / kPi;
+    std::vector<double> windowed;
+    int first = -1;
+    for (int k = 0; k < profile.size(); ++k) {
+        const double w = window.weight(profile.position(k));
+        if (w <= 0.0) {
+            continue;
+        }
+        if (first < 0) {
+            first = k;
+        }
+        curve.esf.push_back(profile.level[k]);
+        windowed.push_back(profile.slope[k] * w);
+    }
+    if (first < 0) {
+        throw std::runtime_error("no edge profile");
+    }
+    curve.lsf = windowed;
+    const LsfSpectrum spectrum(std::move(windowed), profile.position(first), profile.step, c.sigma);
+    double limit = kMaxFrequency;
+    while (limit > 0.0 && gaussianTransfer(c.sigma, limit) < kMinTransfer) {
+        limit -= kFrequencyStep;
+    }
+    const int count = static_cast<int>(std::floor(limit / kFrequencyStep + 1e-9)) + 1;
+    for (int k = 0; k < count; ++k) {
+        const double f = k * kFrequencyStep;
+        curve.frequency.push_back(f);
+        curve.sfr.push_back(spectrum.at(f));
+    }
+    limit = curve.frequency.back();
+    curve.mtf10 = spectrum.frequencyAtLevel(0.1, curve.frequency, curve.sfr);
+    curve.mtf30 = spectrum.frequencyAtLevel(0.3, curve.frequency, curve.sfr);
+    curve.mtf50 = spectrum.frequencyAtLevel(0.5, curve.frequency, curve.sfr);
+    for (double f : frequencies) {
+        curve.sfrAt.push_back(f >= 0.0 && f <= limit + 1e-12
+                                  ? spectrum.at(f)
+                                  : std::numeric_limits<double>::quiet_NaN());
+    }
+    return curve;
+}
+
+}  // namespace sfr
+}  // namespace talonvireo

@@ -1,0 +1,42 @@
+// The precise slanted-edge method on one channel's samples.
+//
+// Every sample keeps its own distance from an edge line refined against all samples; the
+// edge profile is a local linear regression whose kernel widens only where the sample phases
+// bunch (simple-fraction slopes); the line spread is the regression's own slope, windowed to
+// the measured blur; its transform is divided by the kernel's known transfer. Frequencies are
+// across the edge, in cycles per pixel.
+#pragma once
+
+#include <vector>
+
+#include "sfr/EdgeSamples.h"
+#include "sfr/SfrContext.h"
+
+namespace talonvireo {
+namespace sfr {
+
+struct PreciseCurve {
+    std::vector<double> frequency;  // cycles per pixel across the edge, from 0
+    std::vector<double> sfr;
+    std::vector<double> esf;  // smoothed edge spread under the window, dark to light
+    std::vector<double> lsf;  // windowed line spread
+    double step = 0.0;        // pixels between esf/lsf samples
+    double edgeAngle = 0.0;   // degrees, of the refined line
+    double kernelSigma = 0.0;
+    double mtf10 = 0.0;
+    double mtf30 = 0.0;
+    double mtf50 = 0.0;
+    std::vector<double> sfrAt;  // at the frequencies asked for
+};
+
+// Measures `samples` (upright) along the line `initial`, first refined against the samples
+// when `refine`. Throws std::runtime_error when the samples cannot give a curve (no edge
+// crossing them).
+PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
+                            const std::vector<double>& frequencies, bool refine = true);
+
+// The line `initial` refined against `samples`, as measurePrecise refines it.
+EdgeLine refinePreciseLine(const EdgeSamples& samples, const EdgeLine& initial);
+
+}  // namespace sfr
+}  // namespace talonvireo

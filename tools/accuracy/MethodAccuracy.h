@@ -1,0 +1,67 @@
+// Measuring rendered edges of known blur with each curve method and comparing with truth.
+//
+// Shared by the accuracy sweep tool (which makes the README's table) and the accuracy
+// tests, so both read the same cases the same way.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "talonvireo/SfrCurve.h"
+
+namespace talonvireo {
+namespace accuracy {
+
+// One rendered edge: a near-vertical edge through the region's centre shifted by `offset`
+// pixels across, dark 40 to light 200, quantised to 8 bits (or to 16 with levels x 256).
+struct EdgeCase {
+    int size = 100;  // square region
+    double sigma = 0.8;
+    double angle = 5.0;  // degrees
+    double offset = 0.0;
+    double noise = 0.0;  // standard deviation in 8-bit levels
+    std::uint32_t seed = 1;
+    int depth = 8;
+};
+
+enum class Method { Classic, NormalAxis, Precise };
+const char* methodName(Method m);
+
+// What one method read and how far it is from truth (frequencies across the edge; the
+// classic axis is compared as it is reported).
+struct Reading {
+    int status = 0;
+    double mtf50 = 0.0;
+    double trueMtf50 = 0.0;
+    double mtf50ErrorPercent = 0.0;  // 100 (measured - true) / true
+    double sfrQuarterNyquist = 0.0;  // at 0.125 cycles per pixel
+    double sfrHalfNyquist = 0.0;     // at 0.25
+    double trueQuarterNyquist = 0.0;
+    double trueHalfNyquist = 0.0;
+    double edgeAngle = 0.0;    // as measured, degrees
+    double kernelSigma = 0.0;  // precise method's regression kernel
+};
+
+Reading readEdge(const EdgeCase& c, Method method);
+
+// Gains of the red, green and blue sites of a rendered raw mosaic.
+struct ChannelGains {
+    double red = 1.0;
+    double green = 1.0;
+    double blue = 1.0;
+};
+
+// The same edge as a Bayer mosaic in 16-bit words (PixelFormat::Bayer16 plus `phase`; or
+// Bayer8 when c.depth is 8), every site carrying its channel's gain times the level, measured
+// with the precise method and perChannelRaw: one reading per plane, R, Gr, Gb, B, each
+// compared with the optical truth. `names` receives the plane names.
+std::vector<Reading> readRawPlanes(const EdgeCase& c, ChannelGains gains, int phase,
+                                   std::vector<std::string>* names = nullptr);
+
+// The simple-fraction angles where classic bins fill unevenly: atan of 1/5, 1/4, 1/3, 2/5,
+// 1/2, 2/3, 3/4 in degrees.
+std::vector<double> simpleFractionAngles();
+
+}  // namespace accuracy
+}  // namespace talonvireo
