@@ -98,8 +98,7 @@ Reading readEdge(const EdgeCase& c, Method method) {
     return r;
 }
 
-std::vector<Reading> readRawPlanes(const EdgeCase& c, ChannelGains gains, int phase,
-                                   std::vector<std::string>* names) {
+cv::Mat renderRawMosaic(const EdgeCase& c, ChannelGains gains, int phase) {
     const cv::Mat levels = renderLevels(c);
     const double gain[3] = {gains.red, gains.green, gains.blue};
     cv::Mat scaled(levels.size(), CV_64F);
@@ -108,8 +107,13 @@ std::vector<Reading> readRawPlanes(const EdgeCase& c, ChannelGains gains, int ph
             scaled.at<double>(y, x) = levels.at<double>(y, x) * gain[siteChannel(phase, x, y)];
         }
     }
+    return c.depth == 8 ? render::quantise8(scaled) : render::quantise16(scaled, 256.0);
+}
+
+std::vector<Reading> readRawPlanes(const EdgeCase& c, ChannelGains gains, int phase,
+                                   std::vector<std::string>* names) {
+    const cv::Mat image = renderRawMosaic(c, gains, phase);
     const bool eight = c.depth == 8;
-    const cv::Mat image = eight ? render::quantise8(scaled) : render::quantise16(scaled, 256.0);
     const int format = (eight ? PixelFormat::Bayer8 : PixelFormat::Bayer16) + phase;
     SfrCurveOptions options;
     options.frequencies = {0.125, 0.25};

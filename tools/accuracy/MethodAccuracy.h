@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include <opencv2/core.hpp>
+
 #include "talonvireo/SfrCurve.h"
 
 namespace talonvireo {
@@ -51,6 +53,11 @@ struct ChannelGains {
     double green = 1.0;
     double blue = 1.0;
 };
+
+// The edge of `c` as a Bayer mosaic in the given phase (a PixelFormat phase), every site
+// carrying its channel's gain times the level: CV_8U when c.depth is 8, else CV_16U with
+// levels x 256.
+cv::Mat renderRawMosaic(const EdgeCase& c, ChannelGains gains, int phase);
 
 // The same edge as a Bayer mosaic in 16-bit words (PixelFormat::Bayer16 plus `phase`; or
 // Bayer8 when c.depth is 8), every site carrying its channel's gain times the level, measured
