@@ -114,7 +114,10 @@ py::list measureFrame(py::object raw, const std::string& member, int roiSize, in
 }
 
 py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<double> frequencies,
-             bool normalAxis) {
+             bool normalAxis, const std::string& method, bool perChannelRaw) {
+    if (method != "classic" && method != "precise") {
+        raise("InvalidInput", "method must be 'classic' or 'precise', not '" + method + "'");
+    }
     py::array region = py::array::ensure(regionObject, py::array::c_style);
     if (!region || (region.ndim() != 2 && !(region.ndim() == 3 && region.shape(2) == 3)) ||
         !(region.dtype().is(py::dtype::of<std::uint8_t>()) ||
@@ -148,9 +151,23 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
                       std::to_string(f));
         }
     }
+    const int layout = code & PixelFormat::LayoutMask;
+    const bool mosaic = layout == PixelFormat::Bayer8 || layout == PixelFormat::Bayer16 ||
+                        layout == PixelFormat::Bayer16B || layout == PixelFormat::Bayer16C;
+    if (perChannelRaw && method != "precise") {
+        raise("InvalidInput", "per_channel_raw needs method='precise'");
+    }
+    if (perChannelRaw && !mosaic) {
+        raise("InvalidInput",
+              "per_channel_raw needs a Bayer format (0x010, 0x020, 0x040 or "
+              "0x080 plus a phase), not " +
+                  std::to_string(code));
+    }
     SfrCurveOptions options;
     options.frequencies = std::move(frequencies);
     options.normalFrequencyAxis = normalAxis;
+    options.method = method == "precise" ? SfrMethod::kPrecise : SfrMethod::kClassic;
+    options.perChannelRaw = perChannelRaw;
     SfrCurve curve;
     int status;
     {
@@ -167,7 +184,10 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
         case -3:
             raise("EdgeRefused", "edge steeper than 1.25 columns per row (status -3)");
         case -4:
-            raise("EdgeRefused", "edge exactly on the pixel grid (status -4)");
+            raise("EdgeRefused", perChannelRaw
+                                     ? "edge too close to the pixel grid for each colour plane "
+                                       "to see enough phases (status -4)"
+                                     : "edge exactly on the pixel grid (status -4)");
         default:
             raise("InvalidInput", "region refused: too small, bad format or size (status -1)");
     }
@@ -181,6 +201,7 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
         d["lsf"] = asArray(c.lsf);
         d["esf_bin_width"] = c.esfBinWidth;
         d["edge_angle"] = c.edgeAngle;
+        d["kernel_sigma"] = c.kernelSigma;
         d["mtf10"] = figureOrNone(c.mtf10);
         d["mtf30"] = figureOrNone(c.mtf30);
         d["mtf50"] = figureOrNone(c.mtf50);
@@ -188,6 +209,7 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
         channels.append(d);
     }
     py::dict out;
+    out["method"] = curve.method == SfrMethod::kPrecise ? "precise" : "classic";
     out["normal_frequency_axis"] = curve.normalFrequencyAxis;
     out["channels"] = channels;
     return out;
@@ -241,9 +263,12 @@ PYBIND11_MODULE(talonvireo, m) {
           "InvalidInput; TypeError for anything but a 2-D uint16 array.");
     m.def("sfr", &sfr, py::arg("region"), py::arg("format") = py::none(),
           py::arg("frequencies") = std::vector<double>{}, py::arg("normal_axis") = false,
+          py::arg("method") = "classic", py::arg("per_channel_raw") = false,
           "Measures one slanted-edge region (uint8/uint16, grey, Bayer with an explicit format, "
-          "or BGR) and returns {'normal_frequency_axis', 'channels': [{'channel' ('grey', or "
-          "'B', 'G', 'R'), 'frequency', 'sfr', "
-          "'esf', 'lsf', 'esf_bin_width', 'edge_angle', 'mtf10', 'mtf30', 'mtf50', "
-          "'sfr_at'}]}. Raises EdgeRefused or InvalidInput.");
+          "or BGR) and returns {'method', 'normal_frequency_axis', 'channels': [{'channel' "
+          "('grey', 'B', 'G', 'R', or 'R', 'Gr', 'Gb', 'B' per raw plane), 'frequency', 'sfr', "
+          "'esf', 'lsf', 'esf_bin_width', 'edge_angle', 'kernel_sigma', 'mtf10', 'mtf30', "
+          "'mtf50', 'sfr_at'}]}. method='precise' holds its accuracy at every edge angle "
+          "(frequencies across the edge); per_channel_raw=True (precise, Bayer formats) measures "
+          "each colour plane from its own samples. Raises EdgeRefused or InvalidInput.");
 }

@@ -203,3 +203,48 @@ def test_channels_are_named():
 def test_module_has_a_version():
     assert isinstance(talonvireo.__version__, str)
     assert [int(p) for p in talonvireo.__version__.split(".")] >= [0, 2, 0]
+
+
+def edge_levels(sigma=0.8, angle_deg=5.0, size=100, dark=40.0, bright=200.0):
+    """The levels of edge_region before rounding."""
+    rows, cols = np.mgrid[0:size, 0:size].astype(float)
+    c = (size - 1) / 2.0
+    t = math.tan(math.radians(angle_deg))
+    distance = (cols - c - t * (rows - c)) * math.cos(math.radians(angle_deg))
+    erf = np.vectorize(math.erf)
+    return dark + (bright - dark) * 0.5 * (1.0 + erf(distance / (sigma * math.sqrt(2.0))))
+
+
+@pytest.mark.parametrize("tangent", [1 / 5, 1 / 2, 2 / 3])
+def test_sfr_precise_reads_the_mtf50_at_simple_fraction_angles(tangent):
+    angle = math.degrees(math.atan(tangent))
+    region = np.round(edge_levels(sigma=0.8, angle_deg=angle) * 256).astype(np.uint16)
+    curve = talonvireo.sfr(region, method="precise", frequencies=[0.25])
+    assert curve["method"] == "precise" and curve["normal_frequency_axis"] is True
+    (c,) = curve["channels"]
+    assert c["mtf50"] == pytest.approx(gaussian_mtf50(0.8), rel=0.003)
+    assert c["sfr_at"][0] == pytest.approx(math.exp(-2 * (math.pi * 0.8 * 0.25) ** 2), abs=0.003)
+    assert c["kernel_sigma"] >= 0.2 and c["edge_angle"] == pytest.approx(angle, abs=0.02)
+
+
+def test_sfr_per_channel_raw_measures_each_colour_plane():
+    levels = edge_levels(sigma=0.9, angle_deg=7.0)
+    gains = np.empty_like(levels)
+    gains[0::2, 0::2] = 0.62  # red sites of an R G / G B mosaic
+    gains[0::2, 1::2] = 1.0
+    gains[1::2, 0::2] = 1.0
+    gains[1::2, 1::2] = 0.78
+    mosaic = np.round(levels * gains * 256).astype(np.uint16)
+    curve = talonvireo.sfr(mosaic, format=0x020 + 1, method="precise", per_channel_raw=True)
+    assert [c["channel"] for c in curve["channels"]] == ["R", "Gr", "Gb", "B"]
+    for c in curve["channels"]:
+        assert c["mtf50"] == pytest.approx(gaussian_mtf50(0.9), rel=0.01), c["channel"]
+
+
+def test_sfr_refuses_an_unknown_method_and_misused_raw_planes():
+    with pytest.raises(talonvireo.InvalidInput, match="method must be"):
+        talonvireo.sfr(edge_region(), method="fast")
+    with pytest.raises(talonvireo.InvalidInput, match="needs method='precise'"):
+        talonvireo.sfr(edge_region(), format=0x011, per_channel_raw=True)
+    with pytest.raises(talonvireo.InvalidInput, match="needs a Bayer format"):
+        talonvireo.sfr(edge_region(), method="precise", per_channel_raw=True)
