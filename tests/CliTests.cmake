@@ -58,6 +58,9 @@ cli_test(NAME render.WritesAGreyImage FIXTURE STATUS 0 FILES g8.png
 cli_test(NAME render.WritesOneRawRegion FIXTURE STATUS 0 FILES reg.raw
     ARGS render --project HLX6C --bits 8 --sigma 0.8 --width 80 --height 80 --shift-x -1841
         --shift-y -1576 --out reg)
+cli_test(NAME render.WritesOneBayerRegion FIXTURE STATUS 0 FILES breg.raw
+    ARGS render --project HLX6C --bits 16 --bayer --sigma 0.8 --width 80 --height 80
+        --shift-x -1841 --shift-y -1576 --out breg)
 cli_test(NAME render.RefusesUnknownProjects STATUS 2 MATCH "unknown project 'NOPE'"
     ARGS render --project NOPE)
 cli_test(NAME render.RefusesMipiPackingBeyondTenBits STATUS 2 MATCH "mipi10 needs --bits 10"
@@ -95,6 +98,19 @@ cli_test(NAME measure.ExitsOneWhenAnEdgeIsBelowTheLimit STATUS 1 MATCH "52 of 52
 cli_test(NAME measure.ReadsMipiRaw10 STATUS 0 MATCH "52 edges"
     ARGS measure h6m.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
         --packing mipi10)
+cli_test(NAME measure.AddsThePreciseFiguresBesideTheMembers STATUS 0
+    MATCH "SFR N/2    MTF50 \\|    P N/4    P N/2  P MTF50\n.*\n   51 .*P: the precise method"
+    ARGS measure ${h6} --method precise)
+cli_test(NAME measure.AddsEachRawColourPlaneToTheJson STATUS 0 JSON
+    MATCH "\"method\": \"precise, per channel raw\".*\"raw_planes\".*\"channel\": \"Gb\""
+    ARGS measure ${h6} --method precise --per-channel-raw --json)
+cli_test(NAME measure.CsvCarriesThePreciseColumns STATUS 0
+    MATCH "precise_mtf50,raw_R_sfr_quarter_nyquist.*\n51,"
+    ARGS measure ${h6} --method precise --per-channel-raw --csv)
+cli_test(NAME measure.PerChannelRawNeedsThePreciseMethod STATUS 2
+    MATCH "--per-channel-raw needs --method precise" ARGS measure ${h6} --per-channel-raw)
+cli_test(NAME measure.RefusesAnUnknownMethod STATUS 2 MATCH "unknown --method 'exact'"
+    ARGS measure ${h6} --method exact)
 cli_test(NAME measure.NeedsAFrame STATUS 2 MATCH "FRAME is required"
     ARGS measure --member talonvireoSFR_raw16)
 cli_test(NAME measure.NeedsAMember STATUS 2 MATCH "--member is required"
@@ -146,6 +162,21 @@ cli_test(NAME roi.ReportsAFileThatIsNotAnImage STATUS 3 MATCH "cannot decode .*n
     ARGS roi ${CMAKE_CURRENT_SOURCE_DIR}/data/not-an-image.png)
 cli_test(NAME roi.ReportsARawRegionOfTheWrongSize STATUS 4 MATCH "holds 6400 bytes, not 8100"
     ARGS roi reg.raw --width 90 --height 90 --format 0x100)
+cli_test(NAME roi.MeasuresWithThePreciseMethod STATUS 0
+    MATCH "status 0, 1 channel, precise method, frequencies across the edge.*\n +grey "
+    ARGS roi ${edge} --method precise)
+cli_test(NAME roi.PreciseJsonNamesTheMethodAndTheKernel STATUS 0 JSON
+    MATCH "\"method\": \"precise\".*\"kernel_sigma\"" ARGS roi ${edge} --method precise --json)
+cli_test(NAME roi.MeasuresEachRawColourPlane STATUS 0
+    MATCH "4 channels, precise method.*\n +R .*\n +Gr .*\n +Gb .*\n +B "
+    ARGS roi breg.raw --width 80 --height 80 --format 0x021 --method precise --per-channel-raw)
+cli_test(NAME roi.PerChannelRawNeedsThePreciseMethod STATUS 2
+    MATCH "--per-channel-raw needs --method precise"
+    ARGS roi breg.raw --width 80 --height 80 --format 0x021 --per-channel-raw)
+cli_test(NAME roi.PerChannelRawNeedsABayerRegion STATUS 2 MATCH "--per-channel-raw needs a Bayer"
+    ARGS roi ${edge} --method precise --per-channel-raw)
+cli_test(NAME roi.RefusesAnUnknownMethod STATUS 2 MATCH "unknown --method 'fast'"
+    ARGS roi ${edge} --method fast)
 cli_test(NAME roi.ReportsAFailedSfrCalculation STATUS 7 MATCH "edge contrast below 20 %"
     ARGS roi g8.png --rect 0,0,80,80)
 

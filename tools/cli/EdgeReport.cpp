@@ -49,6 +49,12 @@ void printTable(std::FILE* out, const FrameReport& report) {
     if (report.hasCustom()) {
         std::fprintf(out, " %8s", "custom");
     }
+    if (report.hasRegionFigures) {
+        std::fprintf(out, " %8s | %8s %8s %8s", "MTF50", "P N/4", "P N/2", "P MTF50");
+    }
+    if (report.hasPlanes) {
+        std::fprintf(out, " | %8s %8s %8s %8s", "R MTF50", "Gr MTF50", "Gb MTF50", "B MTF50");
+    }
     if (report.hasTruth()) {
         std::fprintf(out, " | %8s %8s %8s %8s", "true N/4", "true N/2", "angle", "off px");
     }
@@ -61,6 +67,20 @@ void printTable(std::FILE* out, const FrameReport& report) {
         if (report.hasCustom()) {
             printFigure(out, m.sfrCustom);
         }
+        if (report.hasRegionFigures) {
+            printFigure(out, row.mtf50);
+            std::fprintf(out, " |");
+            for (double v :
+                 {row.precise.sfrQuarterNyquist, row.precise.sfrHalfNyquist, row.precise.mtf50}) {
+                printFigure(out, v);
+            }
+        }
+        if (report.hasPlanes) {
+            std::fprintf(out, " |");
+            for (const CurveFigures& plane : row.planes) {
+                printFigure(out, plane.mtf50);
+            }
+        }
         if (row.hasTruth) {
             std::fprintf(out, " | %8.4f %8.4f %8.2f %8.2f", row.truth.sfrQuarter, row.truth.sfrHalf,
                          row.truth.angleDeg, row.centreError());
@@ -70,6 +90,12 @@ void printTable(std::FILE* out, const FrameReport& report) {
     if (report.hasLimit) {
         std::fprintf(out, "%d of %zu edges below SFR N/4 %.3f\n", report.failures(),
                      report.rows.size(), report.minSfr);
+    }
+    if (report.hasRegionFigures) {
+        std::fprintf(out,
+                     "MTF50: the member's method on its region (cycles per pixel, its axis); "
+                     "P: the precise method on the same region, frequencies across the edge%s\n",
+                     report.hasPlanes ? "; R .. B: each raw colour plane under it (precise)" : "");
     }
 }
 
@@ -87,6 +113,18 @@ void printCsvFigure(std::FILE* out, double v, const char* format = ",%.6f") {
 void printCsv(std::FILE* out, const FrameReport& report) {
     std::fprintf(out, "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist");
     std::fprintf(out, report.hasCustom() ? ",sfr_custom" : "");
+    if (report.hasRegionFigures) {
+        std::fprintf(out,
+                     ",mtf50,precise_sfr_quarter_nyquist,precise_sfr_half_nyquist%s,"
+                     "precise_mtf50",
+                     report.hasCustom() ? ",precise_sfr_custom" : "");
+    }
+    if (report.hasPlanes) {
+        for (const char* plane : {"R", "Gr", "Gb", "B"}) {
+            std::fprintf(out, ",raw_%s_sfr_quarter_nyquist,raw_%s_sfr_half_nyquist,raw_%s_mtf50",
+                         plane, plane, plane);
+        }
+    }
     std::fprintf(out,
                  report.hasTruth() ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "");
     std::fprintf(out, report.hasLimit ? ",pass\n" : "\n");
@@ -98,6 +136,20 @@ void printCsv(std::FILE* out, const FrameReport& report) {
         if (report.hasCustom()) {
             printCsvFigure(out, m.sfrCustom);
         }
+        if (report.hasRegionFigures) {
+            printCsvFigure(out, row.mtf50);
+            printCsvFigure(out, row.precise.sfrQuarterNyquist);
+            printCsvFigure(out, row.precise.sfrHalfNyquist);
+            if (report.hasCustom()) {
+                printCsvFigure(out, row.precise.sfrCustom);
+            }
+            printCsvFigure(out, row.precise.mtf50);
+        }
+        for (const CurveFigures& plane : row.planes) {
+            printCsvFigure(out, plane.sfrQuarterNyquist);
+            printCsvFigure(out, plane.sfrHalfNyquist);
+            printCsvFigure(out, plane.mtf50);
+        }
         if (row.hasTruth) {
             std::fprintf(out, ",%.6f,%.6f,%.3f,%.3f", row.truth.sfrQuarter, row.truth.sfrHalf,
                          row.truth.centre.x, row.truth.centre.y);
@@ -105,6 +157,21 @@ void printCsv(std::FILE* out, const FrameReport& report) {
         std::fprintf(out, report.hasLimit ? ",%d\n" : "\n", report.passes(row) ? 1 : 0);
     }
 }
+
+namespace {
+Json curveFiguresJson(const CurveFigures& c, bool custom) {
+    Json j;
+    j["channel"] = c.channel;
+    j["status"] = c.status;
+    j["sfr_quarter_nyquist"] = figure(c.sfrQuarterNyquist);
+    j["sfr_half_nyquist"] = figure(c.sfrHalfNyquist);
+    if (custom) {
+        j["sfr_custom"] = figure(c.sfrCustom);
+    }
+    j["mtf50"] = figure(c.mtf50);
+    return j;
+}
+}  // namespace
 
 Json frameJson(const FrameReport& report) {
     Json doc = documentHead("frame", report.input);
@@ -119,6 +186,9 @@ Json frameJson(const FrameReport& report) {
     }
     doc["milliseconds"] = report.milliseconds;
     doc["chart_fit_residual_px"] = figure(report.fitResidual);
+    if (report.hasRegionFigures) {
+        doc["method"] = report.hasPlanes ? "precise, per channel raw" : "precise";
+    }
     if (report.hasLimit) {
         doc["min_sfr"] = report.minSfr;
         doc["failures"] = report.failures();
@@ -135,6 +205,17 @@ Json frameJson(const FrameReport& report) {
         e["sfr_half_nyquist"] = figure(m.sfrHalfNyquist);
         if (report.hasCustom()) {
             e["sfr_custom"] = figure(m.sfrCustom);
+        }
+        if (report.hasRegionFigures) {
+            e["mtf50"] = figure(row.mtf50);
+            e["precise"] = curveFiguresJson(row.precise, report.hasCustom());
+        }
+        if (report.hasPlanes) {
+            Json planes = Json::array();
+            for (const CurveFigures& plane : row.planes) {
+                planes.push_back(curveFiguresJson(plane, report.hasCustom()));
+            }
+            e["raw_planes"] = planes;
         }
         if (row.hasTruth) {
             e["truth"] = {{"x", row.truth.centre.x},

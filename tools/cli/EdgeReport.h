@@ -16,10 +16,27 @@
 namespace talonvireo {
 namespace cli {
 
+// Figures of one curve read off a region the member cut (frequencies across the edge for the
+// precise method); NaN where a figure does not exist, and all NaN with the status when the
+// region was refused.
+struct CurveFigures {
+    std::string channel;
+    int status = 0;
+    double sfrQuarterNyquist = std::numeric_limits<double>::quiet_NaN();
+    double sfrHalfNyquist = std::numeric_limits<double>::quiet_NaN();
+    double sfrCustom = std::numeric_limits<double>::quiet_NaN();
+    double mtf50 = std::numeric_limits<double>::quiet_NaN();
+};
+
 struct EdgeRow {
     int index = 0;
     SFREdgeResult measured{};
     int side = 0;  // side of the region the member cut
+    // On request (FrameReport::hasRegionFigures): MTF50 by the member's own method, the
+    // precise method's figures of the grey region, and each raw colour plane's.
+    double mtf50 = std::numeric_limits<double>::quiet_NaN();
+    CurveFigures precise;
+    std::vector<CurveFigures> planes;
     bool hasTruth = false;
     render::EntryTruth truth{};
 
@@ -40,6 +57,8 @@ struct FrameReport {
     // Root-mean-square distance (px) between the located centres and the chart design after
     // the best similarity transform; NaN until computed.
     double fitResidual = std::numeric_limits<double>::quiet_NaN();
+    bool hasRegionFigures = false;  // mtf50 and the precise figures of every row
+    bool hasPlanes = false;         // and every row's raw colour planes
     std::vector<EdgeRow> rows;
 
     // A custom frequency was asked for (freqDivisor > 0); without one, the custom figure is

@@ -9,6 +9,8 @@
 #include "FrameJob.h"
 #include "Members.h"
 #include "OutputFile.h"
+#include "RegionCut.h"
+#include "RegionFigures.h"
 
 namespace talonvireo {
 namespace cli {
@@ -40,6 +42,13 @@ void declare(OptionValues& o) {
     o.option("--freq-divisor", "NUMBER",
              "also report the SFR at Nyquist/D, D above 0 (default: not reported)");
     o.option("--packing", "P", "words16 (default) or mipi10, for raw files");
+    o.option("--method", "M",
+             "precise: also measure every region the member cut with the precise method "
+             "(SFR at Nyquist/4, /2 and MTF50 across the edge) and give MTF50 by the member's "
+             "own method; the member's figures are unchanged (default: classic, none added)");
+    o.flag("--per-channel-raw",
+           "with --method precise: also measure the raw colour planes R, Gr, Gb, B under each "
+           "region, each from its own samples");
     o.flag("--json", "output as JSON");
     o.flag("--csv", "output as CSV");
     o.option("--overlay", "OUT.png", "the frame with every region, its index and SFR at Nyquist/4");
@@ -80,6 +89,11 @@ int run(const OptionValues& o) {
     const double minSfr = o.number("--min-sfr", 0.0, 0.0, 2.0);
     const double fitLimit = o.number("--chart-fit-limit", kChartFitLimitPx, 0.0, 1e6, true);
     const int overlayWidth = o.integer("--overlay-width", 0, 1, kMaxSide);
+    const bool precise = parseMethod(o.text("--method", "classic")) == SfrMethod::kPrecise;
+    const bool planes = o.has("--per-channel-raw");
+    if (planes && !precise) {
+        throw CliError(kExitBadArguments, "--per-channel-raw needs --method precise");
+    }
     if (o.has("--overlay")) {
         checkImageOutputPath("--overlay", o.text("--overlay"));
     }
@@ -91,6 +105,9 @@ int run(const OptionValues& o) {
     FrameReport report = measureRawFrame(*member, raw, param);
     report.input = path;
     requireChartFit(report, fitLimit);
+    if (precise) {
+        addRegionFigures(report, *member, raw, planes);
+    }
     report.hasLimit = o.has("--min-sfr");
     report.minSfr = minSfr;
     if (o.has("--json")) {

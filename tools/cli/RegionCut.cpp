@@ -6,15 +6,23 @@
 namespace talonvireo {
 namespace cli {
 
-namespace {
 namespace pf = talonvireo::PixelFormat;
 
-bool isMosaic(int format) {
+bool isMosaicFormat(int format) {
     const int layout = format & pf::LayoutMask;
     return layout == pf::Bayer8 || layout == pf::Bayer16 || layout == pf::Bayer16B ||
            layout == pf::Bayer16C;
 }
-}  // namespace
+
+SfrMethod parseMethod(const std::string& name) {
+    if (name == "classic") {
+        return SfrMethod::kClassic;
+    }
+    if (name == "precise") {
+        return SfrMethod::kPrecise;
+    }
+    throw CliError(kExitBadArguments, "unknown --method '" + name + "' (classic or precise)");
+}
 
 RoiRoad parseRoad(const std::string& name) {
     if (name == "opencv") {
@@ -57,15 +65,15 @@ Region cutRegion(const cv::Mat& image, int format, const std::optional<cv::Rect>
     if (road == RoiRoad::kOpenCv) {
         region.pixels = image(r).clone();
         region.format = format;
-        if (isMosaic(format)) {
+        if (isMosaicFormat(format)) {
             region.format =
                 (format & pf::LayoutMask) | shiftedPhase(format & pf::PhaseMask, r.x, r.y);
         }
         return region;
     }
     const int layout = format & pf::LayoutMask;
-    if (layout == pf::Bayer8 || !isMosaic(format) || (format & pf::PhaseMask) != pf::PhaseRG ||
-        image.type() != CV_16UC1) {
+    if (layout == pf::Bayer8 || !isMosaicFormat(format) ||
+        (format & pf::PhaseMask) != pf::PhaseRG || image.type() != CV_16UC1) {
         throw CliError(kExitBadArguments,
                        "--road malvar and edge-directed take a Bayer R G frame of 16-bit words "
                        "(--format 0x021), as the members do");

@@ -7,6 +7,8 @@
 
 #include <opencv2/core.hpp>
 
+#include "talonvireo/SfrCurve.h"
+
 namespace talonvireo {
 namespace cli {
 
@@ -19,10 +21,16 @@ enum class RoiRoad {
 // Parses "opencv", "malvar", "edge-directed"; throws CliError (bad arguments) otherwise.
 RoiRoad parseRoad(const std::string& name);
 
+// Parses "classic", "precise"; throws CliError (bad arguments) otherwise.
+SfrMethod parseMethod(const std::string& name);
+
 struct Region {
     cv::Mat pixels;  // packed
     int format = 0;  // talonvireo::PixelFormat code of `pixels`
 };
+
+// true for the Bayer layouts (0x010, 0x020, 0x040, 0x080), whatever the phase.
+bool isMosaicFormat(int format);
 
 // The Bayer phase code (1 RG, 2 GR, 4 GB, 8 BG) of a mosaic cut at (dx, dy) from one of
 // phase `phase`: an odd column offset swaps the pairs within a row, an odd row offset swaps

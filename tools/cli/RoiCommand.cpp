@@ -50,14 +50,16 @@ std::optional<cv::Rect> parseRect(const OptionValues& o) {
     return r;
 }
 
-const char* refusal(int status) {
+const char* refusal(int status, bool planes) {
     switch (status) {
         case -2:
             return "edge contrast below 20 % (or a zero spectrum)";
         case -3:
             return "edge steeper than 1.25 columns per row (about 51 degrees)";
         case -4:
-            return "edge exactly on the pixel grid";
+            return planes ? "edge too close to the pixel grid for each colour plane to see "
+                            "enough phases"
+                          : "edge exactly on the pixel grid";
         default:
             return "region not measurable (too small, bad format or size)";
     }
@@ -70,7 +72,14 @@ void writeCurveCsv(const std::string& path, const SfrCurve& curve) {
         std::fprintf(out.get(), ",sfr_%s", ch.name.c_str());
     }
     std::fprintf(out.get(), "\n");
-    const std::vector<double>& f = curve.channels.front().frequency;
+    // Precise channels may end at different frequencies; they share the steps from 0.
+    const std::vector<double>* longest = &curve.channels.front().frequency;
+    for (const SfrChannelCurve& ch : curve.channels) {
+        if (ch.frequency.size() > longest->size()) {
+            longest = &ch.frequency;
+        }
+    }
+    const std::vector<double>& f = *longest;
     for (std::size_t k = 0; k < f.size(); ++k) {
         std::fprintf(out.get(), "%.8f", f[k]);
         for (const SfrChannelCurve& ch : curve.channels) {
@@ -86,8 +95,9 @@ void writeCurveCsv(const std::string& path, const SfrCurve& curve) {
 }
 
 void printTable(const SfrCurve& curve, bool custom) {
-    std::printf("status 0, %zu channel%s%s\n", curve.channels.size(),
+    std::printf("status 0, %zu channel%s%s%s\n", curve.channels.size(),
                 curve.channels.size() == 1 ? "" : "s",
+                curve.method == SfrMethod::kPrecise ? ", precise method" : "",
                 curve.normalFrequencyAxis ? ", frequencies across the edge" : "");
     std::printf("%7s %8s %8s %8s %8s %8s %8s%s\n", "channel", "angle", "SFR N/4", "SFR N/2",
                 "MTF50", "MTF30", "MTF10", custom ? "   custom" : "");
@@ -110,6 +120,7 @@ Json curveJson(const std::string& input, const Region& region, const std::string
     doc["height"] = region.pixels.rows;
     doc["format"] = region.format;
     doc["road"] = road;
+    doc["method"] = curve.method == SfrMethod::kPrecise ? "precise" : "classic";
     doc["normal_frequency_axis"] = curve.normalFrequencyAxis;
     if (divisor > 0.0) {
         doc["freq_divisor"] = divisor;
@@ -119,6 +130,9 @@ Json curveJson(const std::string& input, const Region& region, const std::string
         Json c;
         c["channel"] = ch.name;
         c["edge_angle_deg"] = figure(ch.edgeAngle);
+        if (curve.method == SfrMethod::kPrecise) {
+            c["kernel_sigma"] = ch.kernelSigma;
+        }
         c["sfr_quarter_nyquist"] = figure(ch.sfrAt[0]);
         c["sfr_half_nyquist"] = figure(ch.sfrAt[1]);
         c["mtf50"] = figure(ch.mtf50);
@@ -138,7 +152,7 @@ void declare(OptionValues& o) {
         "Measures one slanted-edge region: an image (PNG, TIFF, PGM, JPEG, BMP, ...; 8- or\n"
         "16-bit, grey or colour) or a raw file (--width, --height and --format needed). Prints\n"
         "the edge angle, the SFR at Nyquist/4 and Nyquist/2, MTF50, MTF30 and MTF10 per\n"
-        "channel (grey, or B, G, R).");
+        "channel (grey, or B, G, R; R, Gr, Gb, B with --per-channel-raw).");
     o.operand("IMAGE", "the image or raw file");
     o.option("--format", "CODE",
              "pixel-format code: 0x100 grey, 0x200 16-bit grey, 0x400 BGR, 0x800 16-bit BGR, "
@@ -155,6 +169,12 @@ void declare(OptionValues& o) {
     o.option("--freq-divisor", "D", "also report the SFR at Nyquist/D, D above 0");
     o.flag("--normal-axis",
            "frequencies across the edge (not divided by cos(angle) again; right at large angles)");
+    o.option("--method", "M",
+             "classic (default, as TalonCalSFR) or precise (every sample at its own place; "
+             "accurate at every edge angle; frequencies across the edge)");
+    o.flag("--per-channel-raw",
+           "a Bayer region (--format 0x01N/0x02N): measure the R, Gr, Gb and B planes "
+           "separately from their own samples (needs --method precise)");
     o.option("--curve", "OUT.csv", "the whole curve: frequency, SFR per channel");
     o.option("--plot", "OUT.png", "a plot of the curve with Nyquist/4, Nyquist/2 and MTF50");
     o.flag("--json", "figures as JSON");
@@ -173,6 +193,11 @@ int run(const OptionValues& o) {
     const RoiRoad road = parseRoad(o.text("--road", "opencv"));
     const int bits = o.integer("--bits", 0, 1, 16);
     const double divisor = o.number("--freq-divisor", 0.0, 0.0, 1e6, true);
+    const SfrMethod method = parseMethod(o.text("--method", "classic"));
+    const bool planes = o.has("--per-channel-raw");
+    if (planes && method != SfrMethod::kPrecise) {
+        throw CliError(kExitBadArguments, "--per-channel-raw needs --method precise");
+    }
     if (o.has("--curve")) {
         checkOutputPath("--curve", o.text("--curve"));
     }
@@ -202,9 +227,16 @@ int run(const OptionValues& o) {
                        "--format " + o.text("--format") + " does not fit the image's samples");
     }
     const Region region = cutRegion(image, format, rect, road, bits);
+    if (planes && !isMosaicFormat(region.format)) {
+        throw CliError(kExitBadArguments,
+                       "--per-channel-raw needs a Bayer region (--format 0x01N or 0x02N, road "
+                       "opencv)");
+    }
 
     SfrCurveOptions options;
     options.normalFrequencyAxis = o.has("--normal-axis");
+    options.method = method;
+    options.perChannelRaw = planes;
     options.frequencies = {0.125, 0.25};
     if (divisor > 0.0) {
         options.frequencies.push_back(0.5 / divisor);
@@ -213,7 +245,8 @@ int run(const OptionValues& o) {
     const int status = measureSfrCurve(region.pixels.data, region.pixels.cols, region.pixels.rows,
                                        region.format, options, curve);
     if (status != 0) {
-        throw CliError(kExitSfrFailed, std::string("SFR calculation failed: ") + refusal(status));
+        throw CliError(kExitSfrFailed,
+                       std::string("SFR calculation failed: ") + refusal(status, planes));
     }
     if (o.has("--json")) {
         writeJson(stdout, curveJson(path, region, o.text("--road", "opencv"), curve, divisor));
