@@ -1,6 +1,8 @@
-// TalonCalSFR and measureSfrCurve on fuzzed sizes, formats and pixels. Both must agree on the
-// status; a failed TalonCalSFR leaves every figure 0 and the divisor as it was; a failed
-// measureSfrCurve leaves the curve alone.
+// TalonCalSFR and measureSfrCurve (classic or precise, per raw plane or not) on fuzzed sizes,
+// formats and pixels. They must agree on the status (the precise method may also find no
+// spectrum in a tiny region; the raw planes may refuse an edge too near the grid, or a
+// layout that is not a mosaic); a failed TalonCalSFR leaves every
+// figure 0 and the divisor as it was; a failed measureSfrCurve leaves the curve alone.
 #include <cstdint>
 #include <cstring>
 
@@ -47,11 +49,29 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     talonvireo::SfrCurveOptions options;
     options.frequencies = {0.125, divisor, -1.0};
     options.normalFrequencyAxis = (flags & 2) != 0;
+    options.method =
+        (flags & 4) != 0 ? talonvireo::SfrMethod::kPrecise : talonvireo::SfrMethod::kClassic;
+    options.perChannelRaw = (flags & 8) != 0;
     talonvireo::SfrCurve curve;
     curve.channels.resize(7);
     const int curveStatus =
         talonvireo::measureSfrCurve(buffer, width, height, format, options, curve);
-    contract(curveStatus == status);
-    contract(status == 0 || curve.channels.size() == 7);
+    const bool precise = options.method == talonvireo::SfrMethod::kPrecise;
+    if (!options.perChannelRaw) {
+        // Both methods refuse the same regions; only a region too small to give the precise
+        // one a line spread may be refused by it alone, as having no spectrum.
+        contract(curveStatus == status || (precise && status == 0 && curveStatus == -2));
+    } else {
+        const int layout = format & 0xFF0;
+        const bool mosaic =
+            layout == 0x010 || layout == 0x020 || layout == 0x040 || layout == 0x080;
+        const bool usable = mosaic && precise;
+        contract(usable ? (curveStatus == status ||
+                           (status == 0 && (curveStatus == -4 || curveStatus == -2)))
+                        : curveStatus == -1);
+    }
+    contract(curveStatus != 0 || curve.channels.size() == (options.perChannelRaw ? 4u : 1u) ||
+             curve.channels.size() == 3u);
+    contract(curveStatus == 0 || curve.channels.size() == 7);
     return 0;
 }

@@ -88,7 +88,9 @@ struct SfrCurve {
 /// Measures one region like TalonCalSFR (same arguments, same statuses: 0, -1 bad input or
 /// internal failure, -2 low contrast, -3 edge steeper than 1.25, -4 edge on the pixel grid)
 /// and fills `curve` on success only; on failure `curve` is left as it was. Never throws.
-/// The precise method refuses exactly the regions the classic one refuses.
+/// The precise method refuses the regions the classic one refuses and, beyond them, only a
+/// region too small to give it a line spread (-2, no spectrum). perChannelRaw also refuses
+/// (-4) an edge so near the grid that a colour plane does not see enough phases.
 TALONVIREO_API int measureSfrCurve(const unsigned char* image, int width, int height, int format,
                                    const SfrCurveOptions& options, SfrCurve& curve);
 

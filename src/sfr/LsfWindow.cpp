@@ -43,8 +43,19 @@ double LsfWindow::weight(double x) const {
 LsfWindow lsfWindowFor(const LocalLinearProfile& p) {
     LsfWindow w;
     const int n = p.size();
-    if (n < 4) {
+    if (n == 0) {
         return w;
+    }
+    // Too few points to size a window: all of them, unweighted.
+    const auto everything = [&] {
+        w.centre = 0.5 * (p.position(0) + p.position(n - 1));
+        w.flat = 0.5 * (p.position(n - 1) - p.position(0));
+        w.taper = 0.0;
+        w.rise = 0.0;
+        return w;
+    };
+    if (n < 4) {
+        return everything();
     }
     const double top = *std::max_element(p.weight.begin(), p.weight.end());
     int lo = 0, hi = n - 1;
@@ -55,7 +66,7 @@ LsfWindow lsfWindowFor(const LocalLinearProfile& p) {
         --hi;
     }
     if (hi - lo < 4) {
-        return w;
+        return everything();
     }
     const int share = std::max(1, static_cast<int>((hi - lo + 1) * kPlateauShare));
     double dark = 0.0, light = 0.0;

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "sfr/PreciseSfr.h"
 #include "sfr/SampleBins.h"
 
 namespace talonvireo {
@@ -23,7 +24,7 @@ PlaneLevels planeLevels(const EdgeSamples& plane, const EdgeFrame& frame, double
         }
     }
     if (count[0] == 0.0 || count[1] == 0.0) {
-        throw std::runtime_error("a plane has no samples on one side of the edge");
+        return {};  // no step to scale by: balancedMosaic refuses it
     }
     return {sum[0] / count[0], sum[1] / count[1]};
 }
@@ -37,7 +38,7 @@ EdgeSamples balancedMosaic(const std::array<EdgeSamples, 4>& planes,
         const EdgeSamples& p = planes[k];
         const double height = levels[k].light - levels[k].dark;
         if (!(std::fabs(height) > 0.0)) {
-            throw std::runtime_error("a plane shows no step");
+            throw NoSpectrum();
         }
         for (int i = 0; i < p.rows(); ++i) {
             const float* src = p.values.ptr<float>(i);

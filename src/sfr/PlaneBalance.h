@@ -14,7 +14,8 @@
 namespace talonvireo {
 namespace sfr {
 
-// Mean level of a plane on each side of `frame`, between `inner` and `outer` pixels away.
+// Mean level of a plane on each side of `frame`, between `inner` and `outer` pixels away;
+// both 0 when a side has no sample there.
 struct PlaneLevels {
     double dark = 0.0;
     double light = 0.0;
@@ -23,7 +24,7 @@ PlaneLevels planeLevels(const EdgeSamples& plane, const EdgeFrame& frame, double
                         double outer);
 
 // The mosaic (upright, `rows` x `cols`) with every plane's samples mapped from
-// [dark, light] to [0, 1]. Throws std::runtime_error when a plane shows no step.
+// [dark, light] to [0, 1]. Throws NoSpectrum when a plane shows no step.
 EdgeSamples balancedMosaic(const std::array<EdgeSamples, 4>& planes,
                            const std::array<PlaneLevels, 4>& levels, int rows, int cols);
 

@@ -29,6 +29,7 @@ constexpr int kBinsPerStep = 4;
 // the refinement's iterations.
 constexpr double kFirstRange = 8.0;
 constexpr double kPlateauRoom = 1.5;
+constexpr double kMinRange = 1.0;
 constexpr int kRefinements = 3;
 // Reported curve: step and highest frequency, which also stops where the kernel's transfer
 // falls below kMinTransfer (dividing by less only amplifies noise).
@@ -47,28 +48,31 @@ double farthestSample(const EdgeSamples& s, const EdgeFrame& frame) {
     return far;
 }
 
-// Sign that makes levels rise with distance: compares the sides within a few pixels.
+// Sign that makes levels rise with distance: compares the sides within a few pixels, or
+// over the whole region when one side has nothing that near.
 double riseSign(const EdgeSamples& s, const EdgeLine& line) {
     const EdgeFrame frame{line, 1.0};
-    double left = 0.0, right = 0.0, nLeft = 0.0, nRight = 0.0;
-    for (int i = 0; i < s.rows(); ++i) {
-        const float* level = s.values.ptr<float>(i);
-        const ColumnSpan span = columnsWithin(s, frame, i, 8.0);
-        for (int j = span.first; j < span.last; ++j) {
-            const double d = frame.distance(s.x(j), s.y(i));
-            if (d < -1.0) {
-                left += level[j];
-                nLeft += 1.0;
-            } else if (d > 1.0) {
-                right += level[j];
-                nRight += 1.0;
+    for (double reach : {8.0, 1.0e6}) {
+        double left = 0.0, right = 0.0, nLeft = 0.0, nRight = 0.0;
+        for (int i = 0; i < s.rows(); ++i) {
+            const float* level = s.values.ptr<float>(i);
+            const ColumnSpan span = columnsWithin(s, frame, i, reach);
+            for (int j = span.first; j < span.last; ++j) {
+                const double d = frame.distance(s.x(j), s.y(i));
+                if (d < -1.0) {
+                    left += level[j];
+                    nLeft += 1.0;
+                } else if (d > 1.0) {
+                    right += level[j];
+                    nRight += 1.0;
+                }
             }
         }
+        if (nLeft > 0.0 && nRight > 0.0) {
+            return right / nRight >= left / nLeft ? 1.0 : -1.0;
+        }
     }
-    if (nLeft == 0.0 || nRight == 0.0) {
-        throw std::runtime_error("the edge line does not cross the samples");
-    }
-    return right / nRight >= left / nLeft ? 1.0 : -1.0;
+    return 1.0;  // the line misses the samples; the profile will show no spectrum
 }
 
 // How the profile is built for the current line: row weights, kernel and bin width.
@@ -104,14 +108,14 @@ struct Fit {
 // A first profile along `initial`, over a range widened once when the window needs more
 // room for its plateaus.
 Fit firstLook(const EdgeSamples& samples, const EdgeLine& initial) {
-    if (samples.values.type() != CV_32FC1 || samples.values.total() < 16) {
-        throw std::runtime_error("too few samples");
+    if (samples.values.type() != CV_32FC1 || samples.values.total() < 4) {
+        throw std::invalid_argument("too few samples");
     }
     Fit f;
     f.frame = EdgeFrame{initial, riseSign(samples, initial)};
     f.c = constructionFor(samples, f.frame);
     const double available = farthestSample(samples, f.frame);
-    f.range = std::min(available, kFirstRange + 5.0 * f.c.sigma);
+    f.range = std::max(kMinRange, std::min(available, kFirstRange + 5.0 * f.c.sigma));
     f.profile = profileOf(samples, f.frame, f.range, f.c);
     f.window = lsfWindowFor(f.profile);
     const double needed = std::fabs(f.window.centre) + kPlateauRoom * f.window.reach() + 1.0;
@@ -157,9 +161,6 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
     const Construction& c = f.c;
     const LocalLinearProfile profile = profileOf(samples, frame, f.range, c);
     const LsfWindow window = lsfWindowFor(profile);
-    if (!(window.reach() > 0.0)) {
-        throw std::runtime_error("no edge profile");
-    }
 
     PreciseCurve curve;
     curve.kernelSigma = c.sigma;
@@ -179,10 +180,13 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
         windowed.push_back(profile.slope[k] * w);
     }
     if (first < 0) {
-        throw std::runtime_error("no edge profile");
+        throw NoSpectrum();
     }
     curve.lsf = windowed;
     const LsfSpectrum spectrum(std::move(windowed), profile.position(first), profile.step, c.sigma);
+    if (!std::isfinite(spectrum.at(0.0))) {
+        throw NoSpectrum();
+    }
     double limit = kMaxFrequency;
     while (limit > 0.0 && gaussianTransfer(c.sigma, limit) < kMinTransfer) {
         limit -= kFrequencyStep;

@@ -7,6 +7,7 @@
 // across the edge, in cycles per pixel.
 #pragma once
 
+#include <stdexcept>
 #include <vector>
 
 #include "sfr/EdgeSamples.h"
@@ -29,9 +30,15 @@ struct PreciseCurve {
     std::vector<double> sfrAt;  // at the frequencies asked for
 };
 
+// The samples give no line spread to transform (nothing under the window, or a spread that
+// sums to zero): the same refusal as the classic method's zero spectrum.
+struct NoSpectrum : std::runtime_error {
+    NoSpectrum() : std::runtime_error("no spectrum") {}
+};
+
 // Measures `samples` (upright) along the line `initial`, first refined against the samples
-// when `refine`. Throws std::runtime_error when the samples cannot give a curve (no edge
-// crossing them).
+// when `refine`. Throws NoSpectrum when they give no curve, std::invalid_argument for fewer
+// than four samples.
 PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
                             const std::vector<double>& frequencies, bool refine = true);
 

@@ -174,6 +174,8 @@ int measureSfrCurve(const unsigned char* image, int width, int height, int forma
         }
         curve = std::move(out);
         return kSfrOk;
+    } catch (const NoSpectrum&) {
+        return kSfrLowContrast;
     } catch (const std::exception&) {
         return kSfrFailed;
     } catch (...) {
