@@ -13,16 +13,6 @@
 namespace talonvireo {
 namespace sfr {
 
-namespace {
-cv::Mat rowDerivativeImage(const cv::Mat& working, const double kernel[2]) {
-    cv::Mat derivative(working.size(), CV_64F);
-    for (int m = 0; m < working.rows; ++m) {
-        rowDerivative2(working.ptr<double>(m), derivative.ptr<double>(m), working.cols, kernel);
-    }
-    return derivative;
-}
-}  // namespace
-
 int phaseCycleRows(int rows, double slope) {
     const double s = std::fabs(slope);
     return static_cast<int>(std::round(std::floor(rows * s) / s));
@@ -38,10 +28,18 @@ int locateEdge(SfrContext& ctx, const cv::Mat& channel) {
         return kSfrLowContrast;
     }
 
-    const cv::Mat derivative = rowDerivativeImage(ctx.working, ctx.kernels.twoTap);
-    const std::vector<double> loc = centroidsUnderCentredWindow(derivative);
+    // Derivative rows are made as the centroids need them: a whole derivative image would
+    // double the working memory of a region, and allocating it costs more than recomputing.
+    std::vector<double> buffer(static_cast<size_t>(ctx.working.cols));
+    const DerivativeRow row = [&](int m) {
+        rowDerivative2(ctx.working.ptr<double>(m), buffer.data(), ctx.working.cols,
+                       ctx.kernels.twoTap);
+        return static_cast<const double*>(buffer.data());
+    };
+    const int rows = ctx.working.rows, cols = ctx.working.cols;
+    const std::vector<double> loc = centroidsUnderCentredWindow(rows, cols, row);
     const EdgeLine first = fitLine(loc.data(), static_cast<int>(loc.size()));
-    ctx.rowCentroids = centroidsAlongLine(derivative, first);
+    ctx.rowCentroids = centroidsAlongLine(rows, cols, row, first);
     ctx.line = fitLine(ctx.rowCentroids.data(), static_cast<int>(ctx.rowCentroids.size()));
 
     const double slope = ctx.line.slope;

@@ -1,5 +1,6 @@
 #include "sfr/LsfSpectrum.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -36,6 +37,39 @@ double LsfSpectrum::modulus(double f) const {
         c = nc;
     }
     return std::hypot(re, im);
+}
+
+std::vector<double> LsfSpectrum::table(int count, double step) const {
+    constexpr int kLanes = 4;  // independent phasor recurrences keep the multipliers busy
+    std::vector<double> out(static_cast<size_t>(std::max(count, 0)));
+    const double centre = first_ + 0.5 * step_ * static_cast<double>(value_.size());
+    for (int base = 0; base < count; base += kLanes) {
+        double c[kLanes], s[kLanes], dc[kLanes], ds[kLanes], re[kLanes] = {}, im[kLanes] = {};
+        for (int l = 0; l < kLanes; ++l) {
+            const double f = (base + l) * step;
+            const double start = -kTwoPi * f * (first_ - centre);
+            c[l] = std::cos(start);
+            s[l] = std::sin(start);
+            dc[l] = std::cos(-kTwoPi * f * step_);
+            ds[l] = std::sin(-kTwoPi * f * step_);
+        }
+        for (double v : value_) {
+            for (int l = 0; l < kLanes; ++l) {
+                re[l] += v * c[l];
+                im[l] += v * s[l];
+                const double nc = c[l] * dc[l] - s[l] * ds[l];
+                s[l] = c[l] * ds[l] + s[l] * dc[l];
+                c[l] = nc;
+            }
+        }
+        for (int l = 0; l < kLanes && base + l < count; ++l) {
+            const double f = (base + l) * step;
+            out[static_cast<size_t>(base + l)] =
+                dc_ > 0.0 ? std::hypot(re[l], im[l]) / dc_ / gaussianTransfer(kernelSigma_, f)
+                          : std::numeric_limits<double>::quiet_NaN();
+        }
+    }
+    return out;
 }
 
 double LsfSpectrum::at(double f) const {

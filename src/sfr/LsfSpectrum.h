@@ -19,6 +19,9 @@ public:
     // SFR at f cycles per pixel; NaN when the line spread sums to zero.
     double at(double f) const;
 
+    // at() at 0, step, 2 step, ... (count values), four frequencies per pass over the samples.
+    std::vector<double> table(int count, double step) const;
+
     // Frequency where the SFR first falls below `level`: bracketed on a table of it (from
     // frequency 0 in equal steps) and then refined on the curve; NaN when the table never
     // falls that low.

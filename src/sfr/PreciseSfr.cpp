@@ -23,14 +23,14 @@ constexpr double kLatticeResidual = 2.0e-4;
 // Fine bins per kernel sigma and bins per output point: outputs every half sigma. A bin
 // weighs at its samples' mean position, so its width only blurs the kernel by its spread
 // (at most a 1/256 sigma^2 variance).
-constexpr double kBinsPerSigma = 8.0;
-constexpr int kBinsPerStep = 4;
+constexpr double kBinsPerSigma = 4.0;
+constexpr int kBinsPerStep = 2;
 // Distances first looked at (widened when the window needs more room for its plateaus), and
 // the refinement's iterations.
 constexpr double kFirstRange = 8.0;
 constexpr double kPlateauRoom = 1.5;
 constexpr double kMinRange = 1.0;
-constexpr int kRefinements = 3;
+constexpr int kRefinements = 2;
 // Reported curve: step and highest frequency, which also stops where the kernel's transfer
 // falls below kMinTransfer (dividing by less only amplifies noise).
 constexpr double kFrequencyStep = 0.005;
@@ -192,10 +192,9 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
         limit -= kFrequencyStep;
     }
     const int count = static_cast<int>(std::floor(limit / kFrequencyStep + 1e-9)) + 1;
+    curve.sfr = spectrum.table(count, kFrequencyStep);
     for (int k = 0; k < count; ++k) {
-        const double f = k * kFrequencyStep;
-        curve.frequency.push_back(f);
-        curve.sfr.push_back(spectrum.at(f));
+        curve.frequency.push_back(k * kFrequencyStep);
     }
     limit = curve.frequency.back();
     curve.mtf10 = spectrum.frequencyAtLevel(0.1, curve.frequency, curve.sfr);
