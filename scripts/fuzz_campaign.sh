@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # A long fuzz campaign outside CI: runs one harness of build-fuzz (built by scripts/fuzz.sh)
-# for SECONDS on one core, growing a scratch corpus that later campaigns start from, and
+# for SECONDS on one core, growing a scratch corpus that later campaigns (and campaigns running
+# beside it) start from, and
 # prints the executions, the wall time and the rate. Any finding stops it with status 1 and
 # leaves the input in build-fuzz/artifacts.
 #   scripts/fuzz_campaign.sh GreyRoadDiffFuzz 5400
@@ -11,7 +12,9 @@ seconds="${2:?seconds}"
 build="${3:-$root/build-fuzz}"
 work="$build/campaign-corpus/$harness"
 mkdir -p "$work" "$build/artifacts"
-log="$build/campaign-$harness.log"
+# One log per run, so that campaigns of the same harness can run side by side (one per core)
+# sharing the corpus.
+log="$build/campaign-$harness-$$.log"
 start=$(date +%s)
 if ! (cd "$build/artifacts" && "$build/fuzz/$harness" -max_total_time="$seconds" -timeout=60 \
         -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$build/artifacts/$harness-" \

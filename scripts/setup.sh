@@ -14,6 +14,7 @@ packages=(
     clang-14 libclang-rt-14-dev libomp-14-dev  # libFuzzer and ThreadSanitizer builds
     valgrind          # memcheck over the end-to-end tests
     libcli11-dev nlohmann-json3-dev  # the command line's parser and JSON writer
+    libtomlplusplus-dev  # the command line's limits files
     dpkg-dev          # cpack's Debian package and its checks
 )
 

@@ -99,7 +99,7 @@ cli_test(NAME measure.ReadsMipiRaw10 STATUS 0 MATCH "52 edges"
     ARGS measure h6m.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
         --packing mipi10)
 cli_test(NAME measure.AddsThePreciseFiguresBesideTheMembers STATUS 0
-    MATCH "SFR N/2    MTF50 \\|    P N/4    P N/2  P MTF50\n.*\n   51 .*P: the precise method"
+    MATCH "SFR N/2    MTF50 \\|    P N/4    P N/2  P MTF50 .*\n   51 .*P: the precise method"
     ARGS measure ${h6} --method precise)
 cli_test(NAME measure.AddsEachRawColourPlaneToTheJson STATUS 0 JSON
     MATCH "\"method\": \"precise, per channel raw\".*\"raw_planes\".*\"channel\": \"Gb\""
@@ -111,6 +111,36 @@ cli_test(NAME measure.PerChannelRawNeedsThePreciseMethod STATUS 2
     MATCH "--per-channel-raw needs --method precise" ARGS measure ${h6} --per-channel-raw)
 cli_test(NAME measure.RefusesAnUnknownMethod STATUS 2 MATCH "unknown --method 'exact'"
     ARGS measure ${h6} --method exact)
+set(limits ${CMAKE_CURRENT_SOURCE_DIR}/data/limits)
+cli_test(NAME measure.GradesEveryEdgeAgainstALimitsFile STATUS 1
+    MATCH "height%.*facing.*limit\n.*\n    3 [^\n]*FAIL: sfr_half_nyquist [0-9.]+ < 0.5 \\(zone centre.*edges fail the limits in .*hlx6c.toml: frame FAILS"
+    ARGS measure ${h6} --limits ${limits}/hlx6c.toml)
+cli_test(NAME measure.PassesAFrameWithinItsLimits STATUS 0 MATCH "0 of 52 edges fail .* frame PASSES"
+    ARGS measure ${h6} --limits ${limits}/lenient.toml)
+cli_test(NAME measure.JsonCarriesFieldZoneAndTheFailedLimit STATUS 1 JSON
+    MATCH "\"limits\": .*\"field\": \\{.*\"height_percent\".*\"orientation\".*\"zone\": \"0.7F\".*\"failed_limit\": \"sfr_quarter_nyquist"
+    ARGS measure ${h6} --limits ${limits}/hlx6c.toml --json)
+cli_test(NAME measure.CsvCarriesFieldZoneAndTheFailedLimit STATUS 1
+    MATCH "height_percent,azimuth_deg,orientation,zone,failed_limit,pass\n0,.*,(tangential|sagittal),\"centre\","
+    ARGS measure ${h6} --limits ${limits}/hlx6c.toml --csv)
+cli_test(NAME measure.RefusesALimitsSyntaxErrorNamingTheLine STATUS 2
+    MATCH "limits .*syntax-error.toml:4: " ARGS measure ${h6} --limits ${limits}/syntax-error.toml)
+cli_test(NAME measure.RefusesAnUnknownLimitsKeyNamingTheLine STATUS 2
+    MATCH "limits .*unknown-key.toml:5: unknown key 'sfr_quater_nyquist' in a zone"
+    ARGS measure ${h6} --limits ${limits}/unknown-key.toml)
+cli_test(NAME measure.RefusesALimitOfTheWrongType STATUS 2
+    MATCH "limits .*out-of-range.toml:4: 'mtf50' must be a number from 0"
+    ARGS measure ${h6} --limits ${limits}/out-of-range.toml)
+cli_test(NAME measure.RefusesZonesOutOfOrder STATUS 2 MATCH "zones must grow in max_height"
+    ARGS measure ${h6} --limits ${limits}/zones-out-of-order.toml)
+cli_test(NAME measure.RefusesACustomLimitWithoutItsFrequency STATUS 2
+    MATCH "the limits set sfr_custom: --freq-divisor is needed"
+    ARGS measure ${h6} --limits ${limits}/custom.toml)
+cli_test(NAME measure.RefusesAMissingLimitsFile STATUS 3 MATCH "cannot read limits .*nope.toml"
+    ARGS measure ${h6} --limits nope.toml)
+cli_test(NAME measure.LimitsAndMinSfrExcludeEachOther STATUS 2
+    MATCH "--limits and --min-sfr exclude each other"
+    ARGS measure ${h6} --limits ${limits}/lenient.toml --min-sfr 0.5)
 cli_test(NAME measure.NeedsAFrame STATUS 2 MATCH "FRAME is required"
     ARGS measure --member talonvireoSFR_raw16)
 cli_test(NAME measure.NeedsAMember STATUS 2 MATCH "--member is required"
@@ -204,7 +234,8 @@ cli_test(NAME measure.CsvLeavesOutAnUnrequestedCustomFigure STATUS 0 NOMATCH "cu
 cli_test(NAME measure.TableLeavesOutAnUnrequestedCustomFigure STATUS 0 NOMATCH "custom"
     ARGS measure ${h6})
 cli_test(NAME measure.CsvLeavesAnInfiniteFigureEmpty STATUS 0
-    MATCH "sfr_custom\n0,[0-9]+,[0-9]+,80,[0-9.]+,[0-9.]+,\n" NOMATCH "inf|nan"
+    MATCH "sfr_custom,height_percent,azimuth_deg,orientation\n0,[0-9]+,[0-9]+,80,[0-9.]+,[0-9.]+,,"
+    NOMATCH "inf|nan"
     ARGS measure ${h6} --freq-divisor 0.2 --csv)
 
 # ---- Bad numbers and files are refused with the option and its range ----

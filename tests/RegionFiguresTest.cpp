@@ -23,8 +23,9 @@ TEST(RegionFigures, LeaveTheMembersFiguresAndReadTheChartsTruth) {
     const SFRParam param{0.0f, 80, 100};
     const cli::FrameReport plain = cli::measureRawFrame(*member, raw, param);
     cli::FrameReport report = plain;
-    cli::addRegionFigures(report, *member, raw, true);
-    ASSERT_TRUE(report.hasRegionFigures);
+    cli::addRegionFigures(report, *member, raw, cli::memberGrey(*member, raw), {true, true, true});
+    ASSERT_TRUE(report.hasMtf50);
+    ASSERT_TRUE(report.hasPrecise);
     ASSERT_TRUE(report.hasPlanes);
     const std::vector<render::EntryTruth> truth =
         render::recordTruth(render::ChartProject::HLX6C, {}, sigma, 100);

@@ -7,9 +7,11 @@
 
 #include "CliError.h"
 #include "EdgeReport.h"
+#include "FieldPosition.h"
 #include "FrameJob.h"
 #include "Members.h"
 #include "OutputFile.h"
+#include "RegionFigures.h"
 #include "render/ChartRenderer.h"
 #include "render/RecordTruth.h"
 
@@ -101,6 +103,7 @@ int run(const OptionValues& o) {
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
 
     FrameReport report = measureRawFrame(*member, raw, param);
+    describeField(report, memberGrey(*member, raw));
     report.hasLimit = o.has("--min-sfr");
     report.minSfr = minSfr;
     const std::vector<render::EntryTruth> truth =

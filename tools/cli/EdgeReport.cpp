@@ -49,8 +49,11 @@ void printTable(std::FILE* out, const FrameReport& report) {
     if (report.hasCustom()) {
         std::fprintf(out, " %8s", "custom");
     }
-    if (report.hasRegionFigures) {
-        std::fprintf(out, " %8s | %8s %8s %8s", "MTF50", "P N/4", "P N/2", "P MTF50");
+    if (report.hasMtf50) {
+        std::fprintf(out, " %8s", "MTF50");
+    }
+    if (report.hasPrecise) {
+        std::fprintf(out, " | %8s %8s %8s", "P N/4", "P N/2", "P MTF50");
     }
     if (report.hasPlanes) {
         std::fprintf(out, " | %8s %8s %8s %8s", "R MTF50", "Gr MTF50", "Gb MTF50", "B MTF50");
@@ -58,6 +61,7 @@ void printTable(std::FILE* out, const FrameReport& report) {
     if (report.hasTruth()) {
         std::fprintf(out, " | %8s %8s %8s %8s", "true N/4", "true N/2", "angle", "off px");
     }
+    std::fprintf(out, " | %7s %6s %-10s", "height%", "azim", "facing");
     std::fprintf(out, report.hasLimit ? " %s\n" : "\n", "limit");
     for (const EdgeRow& row : report.rows) {
         const SFREdgeResult& m = row.measured;
@@ -67,8 +71,10 @@ void printTable(std::FILE* out, const FrameReport& report) {
         if (report.hasCustom()) {
             printFigure(out, m.sfrCustom);
         }
-        if (report.hasRegionFigures) {
+        if (report.hasMtf50) {
             printFigure(out, row.mtf50);
+        }
+        if (report.hasPrecise) {
             std::fprintf(out, " |");
             for (double v :
                  {row.precise.sfrQuarterNyquist, row.precise.sfrHalfNyquist, row.precise.mtf50}) {
@@ -85,16 +91,30 @@ void printTable(std::FILE* out, const FrameReport& report) {
             std::fprintf(out, " | %8.4f %8.4f %8.2f %8.2f", row.truth.sfrQuarter, row.truth.sfrHalf,
                          row.truth.angleDeg, row.centreError());
         }
-        std::fprintf(out, report.hasLimit ? " %s\n" : "\n", verdict(report, row));
+        std::fprintf(out, " | %7.1f %6.1f %-10s", row.field.heightPercent, row.field.azimuthDeg,
+                     row.field.orientation.c_str());
+        if (report.hasLimit) {
+            std::fprintf(out, " %s", verdict(report, row));
+            if (!row.failedLimit.empty()) {
+                std::fprintf(out, ": %s", row.failedLimit.c_str());
+            }
+        }
+        std::fprintf(out, "\n");
     }
-    if (report.hasLimit) {
+    if (report.hasLimit && report.limitsPath.empty()) {
         std::fprintf(out, "%d of %zu edges below SFR N/4 %.3f\n", report.failures(),
                      report.rows.size(), report.minSfr);
+    } else if (report.hasLimit) {
+        std::fprintf(out, "%d of %zu edges fail the limits in %s: frame %s\n", report.failures(),
+                     report.rows.size(), report.limitsPath.c_str(),
+                     report.failures() == 0 ? "PASSES" : "FAILS");
     }
-    if (report.hasRegionFigures) {
+    if (report.hasMtf50) {
         std::fprintf(out,
-                     "MTF50: the member's method on its region (cycles per pixel, its axis); "
-                     "P: the precise method on the same region, frequencies across the edge%s\n",
+                     "MTF50: the member's method on its region (cycles per pixel, its axis)%s%s\n",
+                     report.hasPrecise ? "; P: the precise method on the same region, frequencies "
+                                         "across the edge"
+                                       : "",
                      report.hasPlanes ? "; R .. B: each raw colour plane under it (precise)" : "");
     }
 }
@@ -113,10 +133,11 @@ void printCsvFigure(std::FILE* out, double v, const char* format = ",%.6f") {
 void printCsv(std::FILE* out, const FrameReport& report) {
     std::fprintf(out, "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist");
     std::fprintf(out, report.hasCustom() ? ",sfr_custom" : "");
-    if (report.hasRegionFigures) {
-        std::fprintf(out,
-                     ",mtf50,precise_sfr_quarter_nyquist,precise_sfr_half_nyquist%s,"
-                     "precise_mtf50",
+    if (report.hasMtf50) {
+        std::fprintf(out, ",mtf50");
+    }
+    if (report.hasPrecise) {
+        std::fprintf(out, ",precise_sfr_quarter_nyquist,precise_sfr_half_nyquist%s,precise_mtf50",
                      report.hasCustom() ? ",precise_sfr_custom" : "");
     }
     if (report.hasPlanes) {
@@ -127,6 +148,8 @@ void printCsv(std::FILE* out, const FrameReport& report) {
     }
     std::fprintf(out,
                  report.hasTruth() ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "");
+    std::fprintf(out, ",height_percent,azimuth_deg,orientation");
+    std::fprintf(out, report.limitsPath.empty() ? "" : ",zone,failed_limit");
     std::fprintf(out, report.hasLimit ? ",pass\n" : "\n");
     for (const EdgeRow& row : report.rows) {
         const SFREdgeResult& m = row.measured;
@@ -136,8 +159,10 @@ void printCsv(std::FILE* out, const FrameReport& report) {
         if (report.hasCustom()) {
             printCsvFigure(out, m.sfrCustom);
         }
-        if (report.hasRegionFigures) {
+        if (report.hasMtf50) {
             printCsvFigure(out, row.mtf50);
+        }
+        if (report.hasPrecise) {
             printCsvFigure(out, row.precise.sfrQuarterNyquist);
             printCsvFigure(out, row.precise.sfrHalfNyquist);
             if (report.hasCustom()) {
@@ -153,6 +178,13 @@ void printCsv(std::FILE* out, const FrameReport& report) {
         if (row.hasTruth) {
             std::fprintf(out, ",%.6f,%.6f,%.3f,%.3f", row.truth.sfrQuarter, row.truth.sfrHalf,
                          row.truth.centre.x, row.truth.centre.y);
+        }
+        printCsvFigure(out, row.field.heightPercent, ",%.2f");
+        printCsvFigure(out, row.field.azimuthDeg, ",%.2f");
+        std::fprintf(out, ",%s", row.field.orientation.c_str());
+        if (!report.limitsPath.empty()) {
+            // Quoted: both may hold commas; neither holds a quote (zone names may not).
+            std::fprintf(out, ",\"%s\",\"%s\"", row.zone.c_str(), row.failedLimit.c_str());
         }
         std::fprintf(out, report.hasLimit ? ",%d\n" : "\n", report.passes(row) ? 1 : 0);
     }
@@ -186,8 +218,11 @@ Json frameJson(const FrameReport& report) {
     }
     doc["milliseconds"] = report.milliseconds;
     doc["chart_fit_residual_px"] = figure(report.fitResidual);
-    if (report.hasRegionFigures) {
+    if (report.hasPrecise) {
         doc["method"] = report.hasPlanes ? "precise, per channel raw" : "precise";
+    }
+    if (!report.limitsPath.empty()) {
+        doc["limits"] = report.limitsPath;
     }
     if (report.hasLimit) {
         doc["min_sfr"] = report.minSfr;
@@ -206,10 +241,15 @@ Json frameJson(const FrameReport& report) {
         if (report.hasCustom()) {
             e["sfr_custom"] = figure(m.sfrCustom);
         }
-        if (report.hasRegionFigures) {
+        if (report.hasMtf50) {
             e["mtf50"] = figure(row.mtf50);
+        }
+        if (report.hasPrecise) {
             e["precise"] = curveFiguresJson(row.precise, report.hasCustom());
         }
+        e["field"] = {{"height_percent", figure(row.field.heightPercent)},
+                      {"azimuth_deg", figure(row.field.azimuthDeg)},
+                      {"orientation", row.field.orientation}};
         if (report.hasPlanes) {
             Json planes = Json::array();
             for (const CurveFigures& plane : row.planes) {
@@ -226,6 +266,10 @@ Json frameJson(const FrameReport& report) {
         }
         if (report.hasLimit) {
             e["pass"] = report.passes(row);
+        }
+        if (!report.limitsPath.empty()) {
+            e["zone"] = row.zone;
+            e["failed_limit"] = row.failedLimit.empty() ? Json() : Json(row.failedLimit);
         }
         edges.push_back(e);
     }

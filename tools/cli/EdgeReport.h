@@ -28,15 +28,29 @@ struct CurveFigures {
     double mtf50 = std::numeric_limits<double>::quiet_NaN();
 };
 
+// Where an edge sits in the field of view and which way it faces.
+struct FieldPosition {
+    double heightPercent = std::numeric_limits<double>::quiet_NaN();  // of the half-diagonal
+    double azimuthDeg = std::numeric_limits<double>::quiet_NaN();     // from +x, counter-clockwise
+    // "tangential" (the edge's normal runs along the radius: the meridional direction is
+    // measured), "sagittal" (across it), or "none" within 1 % of the centre.
+    std::string orientation = "none";
+};
+
 struct EdgeRow {
     int index = 0;
     SFREdgeResult measured{};
     int side = 0;  // side of the region the member cut
-    // On request (FrameReport::hasRegionFigures): MTF50 by the member's own method, the
-    // precise method's figures of the grey region, and each raw colour plane's.
+    // On request (FrameReport::hasMtf50, hasPrecise, hasPlanes): MTF50 by the member's own
+    // method, the precise method's figures of the grey region, and each raw colour plane's.
     double mtf50 = std::numeric_limits<double>::quiet_NaN();
     CurveFigures precise;
     std::vector<CurveFigures> planes;
+    FieldPosition field;
+    // Graded against a limits file: the zone, and the limit that failed (empty on a pass).
+    bool pass = true;
+    std::string zone;
+    std::string failedLimit;
     bool hasTruth = false;
     render::EntryTruth truth{};
 
@@ -51,20 +65,25 @@ struct FrameReport {
     int width = 0;
     int height = 0;
     SFRParam param{};
-    bool hasLimit = false;  // --min-sfr given
-    double minSfr = 0.0;    // limit on the SFR at Nyquist/4
+    bool hasLimit = false;   // --min-sfr or --limits given
+    double minSfr = 0.0;     // limit on the SFR at Nyquist/4
+    std::string limitsPath;  // --limits: every row carries its own verdict
     double milliseconds = 0.0;
     // Root-mean-square distance (px) between the located centres and the chart design after
     // the best similarity transform; NaN until computed.
     double fitResidual = std::numeric_limits<double>::quiet_NaN();
-    bool hasRegionFigures = false;  // mtf50 and the precise figures of every row
-    bool hasPlanes = false;         // and every row's raw colour planes
+    bool hasMtf50 = false;    // every row's mtf50 (the member's method on its region)
+    bool hasPrecise = false;  // every row's precise figures
+    bool hasPlanes = false;   // every row's raw colour planes
     std::vector<EdgeRow> rows;
 
     // A custom frequency was asked for (freqDivisor > 0); without one, the custom figure is
     // left out of every output.
     bool hasCustom() const { return param.freqDivisor > 0.0f; }
     bool passes(const EdgeRow& row) const {
+        if (!limitsPath.empty()) {
+            return row.pass;
+        }
         return !hasLimit || row.measured.sfrQuarterNyquist >= minSfr;
     }
     int failures() const;

@@ -1,12 +1,16 @@
 #include "MeasureCommand.h"
 
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "CliError.h"
 #include "EdgeReport.h"
+#include "FieldPosition.h"
 #include "FrameFile.h"
 #include "FrameJob.h"
+#include "Grading.h"
+#include "Limits.h"
 #include "Members.h"
 #include "OutputFile.h"
 #include "RegionCut.h"
@@ -56,11 +60,16 @@ void declare(OptionValues& o) {
     o.option("--min-sfr", "NUMBER",
              "limit 0 .. 2 on the SFR at Nyquist/4: failing edges are marked and the exit "
              "status is 1");
+    o.option("--limits", "FILE.toml",
+             "grade every edge against a limits file (minimums per field zone, orientation and "
+             "slot on sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50): failing edges "
+             "name the limit, and the exit status is 1");
     o.option("--chart-fit-limit", "PX",
              "refuse a frame whose centres fit the member's chart design worse than this "
              "(rms px, default 35)");
     o.command().footer(
-        "exit status: 0 measured, 1 an edge below --min-sfr, 2 bad arguments, 3 unreadable\n"
+        "exit status: 0 measured, 1 an edge below --min-sfr or failing --limits, 2 bad\n"
+        "arguments (a limits file's error names its line), 3 unreadable\n"
         "file, 4 file size not W x H x 2, 5 chart not located, 6 region out of bounds,\n"
         "7 SFR calculation failed, 8 any other failure, 9 not the member's chart,\n"
         "10 samples exceed the member's bit depth");
@@ -89,6 +98,15 @@ int run(const OptionValues& o) {
     const double minSfr = o.number("--min-sfr", 0.0, 0.0, 2.0);
     const double fitLimit = o.number("--chart-fit-limit", kChartFitLimitPx, 0.0, 1e6, true);
     const int overlayWidth = o.integer("--overlay-width", 0, 1, kMaxSide);
+    if (o.has("--limits") && o.has("--min-sfr")) {
+        throw CliError(kExitBadArguments, "--limits and --min-sfr exclude each other");
+    }
+    // A limits file is read and checked before any measuring.
+    const std::optional<Limits> limits =
+        o.has("--limits") ? std::optional<Limits>(readLimits(o.text("--limits"))) : std::nullopt;
+    if (limits && limits->needsCustom() && !(param.freqDivisor > 0.0f)) {
+        throw CliError(kExitBadArguments, "the limits set sfr_custom: --freq-divisor is needed");
+    }
     const bool precise = parseMethod(o.text("--method", "classic")) == SfrMethod::kPrecise;
     const bool planes = o.has("--per-channel-raw");
     if (planes && !precise) {
@@ -105,11 +123,17 @@ int run(const OptionValues& o) {
     FrameReport report = measureRawFrame(*member, raw, param);
     report.input = path;
     requireChartFit(report, fitLimit);
-    if (precise) {
-        addRegionFigures(report, *member, raw, planes);
+    const cv::Mat grey = memberGrey(*member, raw);
+    describeField(report, grey);
+    if (precise || (limits && limits->needsMtf50())) {
+        addRegionFigures(report, *member, raw, grey,
+                         {precise || (limits && limits->needsMtf50()), precise, planes});
     }
     report.hasLimit = o.has("--min-sfr");
     report.minSfr = minSfr;
+    if (limits) {
+        gradeReport(report, *limits);
+    }
     if (o.has("--json")) {
         writeJson(stdout, frameJson(report));
     } else if (o.has("--csv")) {

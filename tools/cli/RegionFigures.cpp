@@ -38,7 +38,7 @@ SfrCurve measure(const cv::Mat& region, int format, const SfrCurveOptions& optio
 }
 }  // namespace
 
-void addRegionFigures(FrameReport& report, const Member& member, const cv::Mat& raw, bool planes) {
+cv::Mat memberGrey(const Member& member, const cv::Mat& raw) {
     if (raw.type() != CV_16UC1 || !raw.isContinuous()) {
         throw CliError(kExitFailed, "internal: the frame is not packed 16-bit words");
     }
@@ -47,6 +47,12 @@ void addRegionFigures(FrameReport& report, const Member& member, const cv::Mat& 
                        grey.data) != 0) {
         throw CliError(kExitFailed, "the frame could not be reduced to grey");
     }
+    return grey;
+}
+
+void addRegionFigures(FrameReport& report, const Member& member, const cv::Mat& raw,
+                      const cv::Mat& grey, RegionFigureSet what) {
+    const bool planes = what.planes;
     SfrCurveOptions classic;
     classic.frequencies = figureFrequencies(report);
     SfrCurveOptions precise = classic;
@@ -64,14 +70,18 @@ void addRegionFigures(FrameReport& report, const Member& member, const cv::Mat& 
         }
         const cv::Mat region = grey(cut).clone();
         int status = 0;
-        const SfrCurve c = measure(region, PixelFormat::Grey8, classic, status);
-        if (status == 0) {
-            row.mtf50 = c.channels.at(0).mtf50;
+        if (what.mtf50) {
+            const SfrCurve c = measure(region, PixelFormat::Grey8, classic, status);
+            if (status == 0) {
+                row.mtf50 = c.channels.at(0).mtf50;
+            }
         }
-        const SfrCurve p = measure(region, PixelFormat::Grey8, precise, status);
-        row.precise = status == 0 ? figuresOf(p.channels.at(0)) : CurveFigures{};
-        row.precise.channel = "grey";
-        row.precise.status = status;
+        if (what.precise) {
+            const SfrCurve p = measure(region, PixelFormat::Grey8, precise, status);
+            row.precise = status == 0 ? figuresOf(p.channels.at(0)) : CurveFigures{};
+            row.precise.channel = "grey";
+            row.precise.status = status;
+        }
         if (planes) {
             const Region mosaic = cutRegion(raw, PixelFormat::Bayer16 + PixelFormat::PhaseRG, cut,
                                             RoiRoad::kOpenCv, member.bits);
@@ -88,7 +98,8 @@ void addRegionFigures(FrameReport& report, const Member& member, const cv::Mat& 
             }
         }
     }
-    report.hasRegionFigures = true;
+    report.hasMtf50 = what.mtf50;
+    report.hasPrecise = what.precise;
     report.hasPlanes = planes;
 }
 

@@ -1,0 +1,76 @@
+#include "Grading.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace talonvireo {
+namespace cli {
+
+namespace {
+const ZoneLimits& zoneOf(const Limits& limits, double heightPercent) {
+    for (const ZoneLimits& z : limits.zones) {
+        if (heightPercent <= z.maxHeight) {
+            return z;
+        }
+    }
+    return limits.zones.back();
+}
+
+FigureLimits limitsFor(const Limits& limits, const EdgeRow& row, const ZoneLimits& zone) {
+    FigureLimits f = zone.figures;
+    if (row.field.orientation == "tangential") {
+        f = f.overriddenBy(zone.tangential);
+    } else if (row.field.orientation == "sagittal") {
+        f = f.overriddenBy(zone.sagittal);
+    }
+    for (const SlotLimits& slot : limits.slots) {
+        if (slot.index == row.index) {
+            f = f.overriddenBy(slot.figures);
+        }
+    }
+    return f;
+}
+
+// "" when `value` meets `minimum`, else what failed.
+std::string check(const char* name, double value, const std::optional<double>& minimum) {
+    if (!minimum) {
+        return "";
+    }
+    char text[96];
+    if (!std::isfinite(value)) {
+        std::snprintf(text, sizeof text, "%s not measured (minimum %.4g)", name, *minimum);
+        return text;
+    }
+    if (value >= *minimum) {
+        return "";
+    }
+    std::snprintf(text, sizeof text, "%s %.4f < %.4g", name, value, *minimum);
+    return text;
+}
+}  // namespace
+
+void gradeReport(FrameReport& report, const Limits& limits) {
+    report.limitsPath = limits.path;
+    report.hasLimit = true;
+    for (EdgeRow& row : report.rows) {
+        const ZoneLimits& zone = zoneOf(limits, row.field.heightPercent);
+        const FigureLimits f = limitsFor(limits, row, zone);
+        row.zone = zone.name;
+        row.failedLimit.clear();
+        for (const std::string& failed :
+             {check("sfr_quarter_nyquist", row.measured.sfrQuarterNyquist, f.sfrQuarterNyquist),
+              check("sfr_half_nyquist", row.measured.sfrHalfNyquist, f.sfrHalfNyquist),
+              check("sfr_custom", report.hasCustom() ? row.measured.sfrCustom : std::nan(""),
+                    f.sfrCustom),
+              check("mtf50", row.mtf50, f.mtf50)}) {
+            if (!failed.empty() && row.failedLimit.empty()) {
+                row.failedLimit =
+                    failed + " (zone " + zone.name + ", " + row.field.orientation + ")";
+            }
+        }
+        row.pass = row.failedLimit.empty();
+    }
+}
+
+}  // namespace cli
+}  // namespace talonvireo
