@@ -67,6 +67,21 @@ const toml::table& tableAt(const std::string& path, const toml::node& node, std:
     return *node.as_table();
 }
 
+// `where` names the table and opens the list of its keys; the figures close it.
+[[noreturn]] void unknownKey(const std::string& path, const toml::node& node, std::string_view key,
+                             const std::string& where) {
+    refuse(path, node.source(),
+           "unknown key '" + std::string(key) + "' in " + where +
+               "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50)");
+}
+
+void require(const std::string& path, const toml::table& table, bool present,
+             const std::string& what) {
+    if (!present) {
+        refuse(path, table.source(), what);
+    }
+}
+
 ZoneLimits readZone(const std::string& path, const toml::table& table) {
     ZoneLimits zone;
     bool hasHeight = false;
@@ -89,15 +104,10 @@ ZoneLimits readZone(const std::string& path, const toml::table& table) {
             (k == "tangential" ? zone.tangential : zone.sagittal) = figuresOf(
                 path, tableAt(path, node, "zone." + std::string(k)), "zone." + std::string(k));
         } else if (!readFigure(path, k, node, zone.figures)) {
-            refuse(path, node.source(),
-                   "unknown key '" + std::string(k) +
-                       "' in a zone (name, max_height, tangential, sagittal, "
-                       "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50)");
+            unknownKey(path, node, k, "a zone (name, max_height, tangential, sagittal, ");
         }
     }
-    if (!hasHeight) {
-        refuse(path, table.source(), "a zone needs 'max_height' (% of the half-diagonal)");
-    }
+    require(path, table, hasHeight, "a zone needs 'max_height' (% of the half-diagonal)");
     return zone;
 }
 
@@ -114,15 +124,10 @@ SlotLimits readSlot(const std::string& path, const toml::table& table) {
             slot.index = static_cast<int>(*v);
             hasIndex = true;
         } else if (!readFigure(path, k, node, slot.figures)) {
-            refuse(path, node.source(),
-                   "unknown key '" + std::string(k) +
-                       "' in a slot (index, sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, "
-                       "mtf50)");
+            unknownKey(path, node, k, "a slot (index, ");
         }
     }
-    if (!hasIndex) {
-        refuse(path, table.source(), "a slot needs 'index'");
-    }
+    require(path, table, hasIndex, "a slot needs 'index'");
     return slot;
 }
 
