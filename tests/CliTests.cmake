@@ -141,6 +141,14 @@ cli_test(NAME measure.RefusesAMissingLimitsFile STATUS 3 MATCH "cannot read limi
 cli_test(NAME measure.LimitsAndMinSfrExcludeEachOther STATUS 2
     MATCH "--limits and --min-sfr exclude each other"
     ARGS measure ${h6} --limits ${limits}/lenient.toml --min-sfr 0.5)
+cli_test(NAME measure.GivesMtf50InSensorUnits STATUS 0
+    MATCH "pixel pitch 1.12 um: Nyquist/4 = 111.6 lp/mm.*MTF50    lp/mm    LW/PH"
+    ARGS measure ${h6} --pixel-pitch 1.12um)
+cli_test(NAME measure.JsonNamesTheUnitsInItsKeys STATUS 0 JSON
+    MATCH "\"pixel_pitch_um\": 1.4.*\"nyquist_lp_per_mm\".*\"mtf50_lp_per_mm\".*\"mtf50_lw_per_ph\""
+    ARGS measure ${h6} --pixel-pitch 0.0014mm --json)
+cli_test(NAME measure.RefusesAPixelPitchWithoutItsUnit STATUS 2
+    MATCH "--pixel-pitch takes a length with its unit" ARGS measure ${h6} --pixel-pitch 1.12)
 cli_test(NAME measure.NeedsAFrame STATUS 2 MATCH "FRAME is required"
     ARGS measure --member talonvireoSFR_raw16)
 cli_test(NAME measure.NeedsAMember STATUS 2 MATCH "--member is required"

@@ -1,5 +1,7 @@
 #include "EdgeReport.h"
 
+#include "PixelPitch.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -27,9 +29,9 @@ double EdgeRow::centreError() const {
     return std::hypot(measured.x - truth.centre.x, measured.y - truth.centre.y);
 }
 
-void printFigure(std::FILE* out, double v) {
+void printFigure(std::FILE* out, double v, int decimals) {
     if (std::isfinite(v)) {
-        std::fprintf(out, " %8.4f", v);
+        std::fprintf(out, " %8.*f", decimals, v);
     } else {
         std::fprintf(out, " %8s", "-");
     }
@@ -45,15 +47,28 @@ void printTable(std::FILE* out, const FrameReport& report) {
         std::fprintf(out, "centres fit the %s chart within %.2f px (rms)\n", report.project.c_str(),
                      report.fitResidual);
     }
+    if (report.hasPitch()) {
+        std::fprintf(out,
+                     "pixel pitch %.3g um: Nyquist/4 = %.1f lp/mm, Nyquist/2 = %.1f lp/mm; "
+                     "picture height %d px\n",
+                     report.pixelPitchUm, linePairsPerMm(0.125, report.pixelPitchUm),
+                     linePairsPerMm(0.25, report.pixelPitchUm), report.height);
+    }
     std::fprintf(out, "%5s %11s %4s %8s %8s", "edge", "centre", "side", "SFR N/4", "SFR N/2");
     if (report.hasCustom()) {
         std::fprintf(out, " %8s", "custom");
     }
     if (report.hasMtf50) {
         std::fprintf(out, " %8s", "MTF50");
+        if (report.hasPitch()) {
+            std::fprintf(out, " %8s %8s", "lp/mm", "LW/PH");
+        }
     }
     if (report.hasPrecise) {
         std::fprintf(out, " | %8s %8s %8s", "P N/4", "P N/2", "P MTF50");
+        if (report.hasPitch()) {
+            std::fprintf(out, " %8s", "lp/mm");
+        }
     }
     if (report.hasPlanes) {
         std::fprintf(out, " | %8s %8s %8s %8s", "R MTF50", "Gr MTF50", "Gb MTF50", "B MTF50");
@@ -73,12 +88,19 @@ void printTable(std::FILE* out, const FrameReport& report) {
         }
         if (report.hasMtf50) {
             printFigure(out, row.mtf50);
+            if (report.hasPitch()) {
+                printFigure(out, linePairsPerMm(row.mtf50, report.pixelPitchUm), 1);
+                printFigure(out, lineWidthsPerHeight(row.mtf50, report.height), 0);
+            }
         }
         if (report.hasPrecise) {
             std::fprintf(out, " |");
             for (double v :
                  {row.precise.sfrQuarterNyquist, row.precise.sfrHalfNyquist, row.precise.mtf50}) {
                 printFigure(out, v);
+            }
+            if (report.hasPitch()) {
+                printFigure(out, linePairsPerMm(row.precise.mtf50, report.pixelPitchUm), 1);
             }
         }
         if (report.hasPlanes) {
@@ -134,11 +156,12 @@ void printCsv(std::FILE* out, const FrameReport& report) {
     std::fprintf(out, "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist");
     std::fprintf(out, report.hasCustom() ? ",sfr_custom" : "");
     if (report.hasMtf50) {
-        std::fprintf(out, ",mtf50");
+        std::fprintf(out, report.hasPitch() ? ",mtf50,mtf50_lp_per_mm,mtf50_lw_per_ph" : ",mtf50");
     }
     if (report.hasPrecise) {
-        std::fprintf(out, ",precise_sfr_quarter_nyquist,precise_sfr_half_nyquist%s,precise_mtf50",
-                     report.hasCustom() ? ",precise_sfr_custom" : "");
+        std::fprintf(out, ",precise_sfr_quarter_nyquist,precise_sfr_half_nyquist%s,precise_mtf50%s",
+                     report.hasCustom() ? ",precise_sfr_custom" : "",
+                     report.hasPitch() ? ",precise_mtf50_lp_per_mm" : "");
     }
     if (report.hasPlanes) {
         for (const char* plane : {"R", "Gr", "Gb", "B"}) {
@@ -161,6 +184,10 @@ void printCsv(std::FILE* out, const FrameReport& report) {
         }
         if (report.hasMtf50) {
             printCsvFigure(out, row.mtf50);
+            if (report.hasPitch()) {
+                printCsvFigure(out, linePairsPerMm(row.mtf50, report.pixelPitchUm));
+                printCsvFigure(out, lineWidthsPerHeight(row.mtf50, report.height));
+            }
         }
         if (report.hasPrecise) {
             printCsvFigure(out, row.precise.sfrQuarterNyquist);
@@ -169,6 +196,9 @@ void printCsv(std::FILE* out, const FrameReport& report) {
                 printCsvFigure(out, row.precise.sfrCustom);
             }
             printCsvFigure(out, row.precise.mtf50);
+            if (report.hasPitch()) {
+                printCsvFigure(out, linePairsPerMm(row.precise.mtf50, report.pixelPitchUm));
+            }
         }
         for (const CurveFigures& plane : row.planes) {
             printCsvFigure(out, plane.sfrQuarterNyquist);
@@ -224,6 +254,11 @@ Json frameJson(const FrameReport& report) {
     if (!report.limitsPath.empty()) {
         doc["limits"] = report.limitsPath;
     }
+    if (report.hasPitch()) {
+        doc["pixel_pitch_um"] = report.pixelPitchUm;
+        doc["nyquist_lp_per_mm"] = linePairsPerMm(0.5, report.pixelPitchUm);
+        doc["picture_height_px"] = report.height;
+    }
     if (report.hasLimit) {
         doc["min_sfr"] = report.minSfr;
         doc["failures"] = report.failures();
@@ -243,9 +278,17 @@ Json frameJson(const FrameReport& report) {
         }
         if (report.hasMtf50) {
             e["mtf50"] = figure(row.mtf50);
+            if (report.hasPitch()) {
+                e["mtf50_lp_per_mm"] = figure(linePairsPerMm(row.mtf50, report.pixelPitchUm));
+                e["mtf50_lw_per_ph"] = figure(lineWidthsPerHeight(row.mtf50, report.height));
+            }
         }
         if (report.hasPrecise) {
             e["precise"] = curveFiguresJson(row.precise, report.hasCustom());
+            if (report.hasPitch()) {
+                e["precise"]["mtf50_lp_per_mm"] =
+                    figure(linePairsPerMm(row.precise.mtf50, report.pixelPitchUm));
+            }
         }
         e["field"] = {{"height_percent", figure(row.field.heightPercent)},
                       {"azimuth_deg", figure(row.field.azimuthDeg)},

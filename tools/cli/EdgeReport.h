@@ -2,6 +2,7 @@
 // (the overlay picture).
 #pragma once
 
+#include <cmath>
 #include <cstdio>
 #include <limits>
 #include <string>
@@ -68,6 +69,10 @@ struct FrameReport {
     bool hasLimit = false;   // --min-sfr or --limits given
     double minSfr = 0.0;     // limit on the SFR at Nyquist/4
     std::string limitsPath;  // --limits: every row carries its own verdict
+    // --pixel-pitch, micrometres: MTF50 also in line pairs per mm and line widths per picture
+    // height; NaN without one.
+    double pixelPitchUm = std::numeric_limits<double>::quiet_NaN();
+    bool hasPitch() const { return std::isfinite(pixelPitchUm); }
     double milliseconds = 0.0;
     // Root-mean-square distance (px) between the located centres and the chart design after
     // the best similarity transform; NaN until computed.
@@ -91,7 +96,7 @@ struct FrameReport {
 };
 
 // A figure in an 8-wide table column after a space, or "-" where it does not exist.
-void printFigure(std::FILE* out, double v);
+void printFigure(std::FILE* out, double v, int decimals = 4);
 
 void printTable(std::FILE* out, const FrameReport& report);
 void printCsv(std::FILE* out, const FrameReport& report);

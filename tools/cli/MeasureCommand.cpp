@@ -1,5 +1,6 @@
 #include "MeasureCommand.h"
 
+#include <cmath>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -13,6 +14,7 @@
 #include "Limits.h"
 #include "Members.h"
 #include "OutputFile.h"
+#include "PixelPitch.h"
 #include "RegionCut.h"
 #include "RegionFigures.h"
 
@@ -60,6 +62,9 @@ void declare(OptionValues& o) {
     o.option("--min-sfr", "NUMBER",
              "limit 0 .. 2 on the SFR at Nyquist/4: failing edges are marked and the exit "
              "status is 1");
+    o.option("--pixel-pitch", "LENGTH",
+             "the sensor's pixel pitch with its unit (1.12um, 0.00112mm): MTF50 is also given in "
+             "line pairs per mm and line widths per picture height");
     o.option("--limits", "FILE.toml",
              "grade every edge against a limits file (minimums per field zone, orientation and "
              "slot on sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50): failing edges "
@@ -107,6 +112,8 @@ int run(const OptionValues& o) {
     if (limits && limits->needsCustom() && !(param.freqDivisor > 0.0f)) {
         throw CliError(kExitBadArguments, "the limits set sfr_custom: --freq-divisor is needed");
     }
+    const double pitchUm =
+        o.has("--pixel-pitch") ? parsePixelPitch(o.text("--pixel-pitch")) : std::nan("");
     const bool precise = parseMethod(o.text("--method", "classic")) == SfrMethod::kPrecise;
     const bool planes = o.has("--per-channel-raw");
     if (planes && !precise) {
@@ -125,9 +132,11 @@ int run(const OptionValues& o) {
     requireChartFit(report, fitLimit);
     const cv::Mat grey = memberGrey(*member, raw);
     describeField(report, grey);
-    if (precise || (limits && limits->needsMtf50())) {
-        addRegionFigures(report, *member, raw, grey,
-                         {precise || (limits && limits->needsMtf50()), precise, planes});
+    report.pixelPitchUm = pitchUm;
+    // MTF50 is measured when anything shows it: the precise figures, a limit, or units.
+    const bool mtf50 = precise || (limits && limits->needsMtf50()) || report.hasPitch();
+    if (mtf50) {
+        addRegionFigures(report, *member, raw, grey, {mtf50, precise, planes});
     }
     report.hasLimit = o.has("--min-sfr");
     report.minSfr = minSfr;
