@@ -21,8 +21,9 @@ namespace {
 // Largest lattice component left after the kernel (relative density ripple).
 constexpr double kLatticeResidual = 2.0e-4;
 // Fine bins per kernel sigma and bins per output point: outputs every half sigma. A bin
-// weighs at its samples' mean position, so its width only blurs the kernel by its spread
-// (at most a 1/256 sigma^2 variance).
+// weighs at its samples' mean position, so its width only blurs the kernel by the spread of
+// its samples: a variance of sigma^2 / 192 for evenly spread ones, sigma^2 / 64 at most
+// (measured: 0.04 % more MTF50 error than bins twice as fine).
 constexpr double kBinsPerSigma = 4.0;
 constexpr int kBinsPerStep = 2;
 // Distances first looked at (widened when the window needs more room for its plateaus), and
