@@ -5,11 +5,17 @@
 
 #include <cmath>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "CliError.h"
+#include "FrameGrading.h"
+#include "Limits.h"
 #include "Members.h"
+#include "PixelPitch.h"
+#include "RegionCut.h"
 #include "render/RegionEncoding.h"
 #include "talonvireo/talonVireoSFR.h"
 
@@ -215,6 +221,162 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
     return out;
 }
 
+// Columns of the table measure_files returns, filled row by row.
+class EdgeTable {
+public:
+    void add(const std::string& column, py::object value) { columns_[column].push_back(value); }
+    // Pads every column to `rows` values, so that a frame's missing figures stay aligned.
+    void pad(std::size_t rows) {
+        for (auto& [name, values] : columns_) {
+            while (values.size() < rows) {
+                values.push_back(py::none());
+            }
+        }
+    }
+    py::object frame(const std::vector<std::string>& order) {
+        py::dict data;
+        for (const std::string& name : order) {
+            auto it = columns_.find(name);
+            if (it != columns_.end()) {
+                data[py::str(name)] = py::cast(it->second);
+            }
+        }
+        py::object frame = py::module_::import("pandas").attr("DataFrame")(data);
+        // Whole-number columns stay whole (pandas' nullable integers) beside a failed frame.
+        py::dict whole;
+        for (const char* name : {"edge", "x", "y", "side"}) {
+            if (columns_.count(name) != 0) {
+                whole[name] = "Int64";
+            }
+        }
+        return frame.attr("astype")(whole);
+    }
+
+private:
+    std::map<std::string, std::vector<py::object>> columns_;
+};
+
+py::object measureFiles(py::iterable paths, const std::string& member, int width, int height,
+                        const std::string& packing, int roiSize, int markSearchSize,
+                        double freqDivisor, std::optional<std::string> limits,
+                        const std::string& method, bool perChannelRaw,
+                        std::optional<std::string> pixelPitch) {
+    const std::vector<cli::Member> members = cli::allMembers();
+    const cli::Member* m = cli::findMember(members, member);
+    if (m == nullptr) {
+        raise("InvalidInput", "unknown member '" + member + "'");
+    }
+    checkDivisor(freqDivisor);
+    // Every option is checked, and the limits read, before the first frame.
+    cli::FrameOptions options;
+    try {
+        options.param = SFRParam{static_cast<float>(freqDivisor), roiSize, markSearchSize};
+        options.width = width;
+        options.height = height;
+        options.packing = cli::parsePacking(packing);
+        options.precise = cli::parseMethod(method) == SfrMethod::kPrecise;
+        options.planes = perChannelRaw;
+        if (limits) {
+            options.limits = cli::readLimits(*limits);
+        }
+        if (pixelPitch) {
+            options.pixelPitchUm = cli::parsePixelPitch(*pixelPitch);
+        }
+        cli::checkFrameOptions(options);
+    } catch (const cli::CliError& e) {
+        raise("InvalidInput", e.what());
+    }
+    std::vector<std::string> files;
+    for (py::handle each : paths) {
+        files.push_back(py::str(py::module_::import("os").attr("fspath")(each)));
+    }
+    EdgeTable table;
+    std::size_t rows = 0;
+    for (const std::string& file : files) {
+        cli::GradedFrame graded;
+        std::string error;
+        {
+            py::gil_scoped_release unlocked;
+            try {
+                graded = cli::gradeFrameFile(*m, file, options, stderr);
+            } catch (const std::exception& e) {
+                error = e.what();
+            }
+        }
+        const cli::FrameReport& r = graded.report;
+        // A frame that fails is one row with its cause; the batch goes on.
+        const std::size_t count = error.empty() ? r.rows.size() : 1;
+        for (std::size_t i = 0; i < count; ++i) {
+            table.add("file", py::str(file));
+            table.add("error", error.empty() ? py::object(py::none()) : py::str(error));
+            if (!error.empty()) {
+                continue;
+            }
+            const cli::EdgeRow& e = r.rows[i];
+            table.add("edge", py::int_(e.index));
+            table.add("x", py::int_(e.measured.x));
+            table.add("y", py::int_(e.measured.y));
+            table.add("side", py::int_(e.side));
+            table.add("sfr_quarter_nyquist", figureOrNone(e.measured.sfrQuarterNyquist));
+            table.add("sfr_half_nyquist", figureOrNone(e.measured.sfrHalfNyquist));
+            if (r.hasCustom()) {
+                table.add("sfr_custom", figureOrNone(e.measured.sfrCustom));
+            }
+            table.add("height_percent", figureOrNone(e.field.heightPercent));
+            table.add("azimuth_deg", figureOrNone(e.field.azimuthDeg));
+            table.add("orientation", py::str(e.field.orientation));
+            if (r.hasMtf50) {
+                table.add("mtf50", figureOrNone(e.mtf50));
+            }
+            if (r.hasPitch()) {
+                table.add("mtf50_lp_per_mm",
+                          figureOrNone(cli::linePairsPerMm(e.mtf50, r.pixelPitchUm)));
+            }
+            if (r.hasPrecise) {
+                table.add("precise_sfr_quarter_nyquist", figureOrNone(e.precise.sfrQuarterNyquist));
+                table.add("precise_sfr_half_nyquist", figureOrNone(e.precise.sfrHalfNyquist));
+                table.add("precise_mtf50", figureOrNone(e.precise.mtf50));
+            }
+            for (const cli::CurveFigures& plane : e.planes) {
+                table.add("raw_" + plane.channel + "_mtf50", figureOrNone(plane.mtf50));
+            }
+            if (!r.limitsPath.empty()) {
+                table.add("zone", py::str(e.zone));
+                table.add("failed_limit",
+                          e.failedLimit.empty() ? py::object(py::none()) : py::str(e.failedLimit));
+                table.add("pass", py::bool_(e.pass));
+            }
+            table.pad(rows + i + 1);
+        }
+        rows += count;
+        table.pad(rows);
+    }
+    return table.frame({"file",
+                        "error",
+                        "edge",
+                        "x",
+                        "y",
+                        "side",
+                        "sfr_quarter_nyquist",
+                        "sfr_half_nyquist",
+                        "sfr_custom",
+                        "height_percent",
+                        "azimuth_deg",
+                        "orientation",
+                        "mtf50",
+                        "mtf50_lp_per_mm",
+                        "precise_sfr_quarter_nyquist",
+                        "precise_sfr_half_nyquist",
+                        "precise_mtf50",
+                        "raw_R_mtf50",
+                        "raw_Gr_mtf50",
+                        "raw_Gb_mtf50",
+                        "raw_B_mtf50",
+                        "zone",
+                        "failed_limit",
+                        "pass"});
+}
+
 }  // namespace
 
 PYBIND11_MODULE(talonvireo, m) {
@@ -261,6 +423,19 @@ PYBIND11_MODULE(talonvireo, m) {
           "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom (None unless freq_divisor > 0, "
           "or where the figure does not exist). Raises ChartNotLocated, SfrCalculationFailed, "
           "InvalidInput; TypeError for anything but a 2-D uint16 array.");
+    m.def("measure_files", &measureFiles, py::arg("paths"), py::arg("member"), py::arg("width") = 0,
+          py::arg("height") = 0, py::arg("packing") = "words16", py::arg("roi_size") = 80,
+          py::arg("mark_search_size") = 100, py::arg("freq_divisor") = 0.0,
+          py::arg("limits") = py::none(), py::arg("method") = "classic",
+          py::arg("per_channel_raw") = false, py::arg("pixel_pitch") = py::none(),
+          "Measures frame files (raw words with width and height, MIPI RAW10 with "
+          "packing='mipi10', or 16-bit PGM/PNG/TIFF) with one member, exactly as "
+          "talonvireo-sfr measure does, and returns a pandas DataFrame with one row per edge: "
+          "file, error (None), edge, x, y, side, the member's figures, height_percent, "
+          "azimuth_deg, orientation, and as asked mtf50 (limits needing it, pixel_pitch, "
+          "method='precise'), the precise and raw-plane figures, zone, failed_limit and pass "
+          "(limits='file.toml'). A frame that cannot be measured is one row with its error; "
+          "the others go on. Raises InvalidInput for bad options or limits, before any frame.");
     m.def("sfr", &sfr, py::arg("region"), py::arg("format") = py::none(),
           py::arg("frequencies") = std::vector<double>{}, py::arg("normal_axis") = false,
           py::arg("method") = "classic", py::arg("per_channel_raw") = false,

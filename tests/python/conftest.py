@@ -19,3 +19,19 @@ def rendered_chart(tmp_path_factory):
     with open(prefix + ".json") as f:
         truth = json.load(f)
     return raw, truth
+
+
+@pytest.fixture(scope="session")
+def frame_files(tmp_path_factory, rendered_chart):
+    """Three HLX6C frame files (two the same chart, one shifted by 40 px) and a file that is
+    not a frame of that size: paths in that order."""
+    raw, _ = rendered_chart
+    folder = tmp_path_factory.mktemp("frames")
+    paths = []
+    for name, frame in (("a.raw", raw), ("b.raw", raw), ("c.raw", np.roll(raw, 40, axis=1))):
+        frame.astype("<u2").tofile(folder / name)
+        paths.append(str(folder / name))
+    broken = folder / "broken.raw"
+    broken.write_bytes(b"\0" * 1000)
+    paths.append(str(broken))
+    return paths

@@ -248,3 +248,50 @@ def test_sfr_refuses_an_unknown_method_and_misused_raw_planes():
         talonvireo.sfr(edge_region(), format=0x011, per_channel_raw=True)
     with pytest.raises(talonvireo.InvalidInput, match="needs a Bayer format"):
         talonvireo.sfr(edge_region(), method="precise", per_channel_raw=True)
+
+
+HLX6C_RAW10 = "talonvireoSFR_raw10_HLX6C"
+
+
+def test_measure_files_returns_one_row_per_edge_and_one_per_failed_frame(frame_files):
+    table = talonvireo.measure_files(frame_files, HLX6C_RAW10, width=4000, height=3000)
+    assert list(table.columns[:4]) == ["file", "error", "edge", "x"]
+    measured = table[table["error"].isna()]
+    assert len(measured) == 3 * 52
+    assert set(measured["orientation"]) == {"tangential", "sagittal"}
+    assert measured["height_percent"].between(0, 100).all()
+    assert str(table["edge"].dtype) == "Int64"
+    broken = table[table["file"] == frame_files[3]]
+    assert len(broken) == 1 and "1000 bytes" in broken["error"].iloc[0]
+    # The same frame twice reads the same figures.
+    a = measured[measured["file"] == frame_files[0]].reset_index(drop=True)
+    b = measured[measured["file"] == frame_files[1]].reset_index(drop=True)
+    assert a.drop(columns="file").equals(b.drop(columns="file"))
+
+
+def test_measure_files_grades_against_limits_and_gives_units(frame_files, tmp_path):
+    limits = tmp_path / "limits.toml"
+    limits.write_text('[[zone]]\nname = "all"\nmax_height = 100\nmtf50 = 0.999\n')
+    table = talonvireo.measure_files(frame_files[:1], HLX6C_RAW10, width=4000, height=3000,
+                                     limits=str(limits), pixel_pitch="1.12um")
+    assert (~table["pass"]).all()
+    assert table["failed_limit"].str.startswith("mtf50 ").all()
+    assert (table["mtf50_lp_per_mm"] == table["mtf50"] * 1000 / 1.12).all()
+    with pytest.raises(talonvireo.InvalidInput, match="unknown key"):
+        limits.write_text('[[zone]]\nname = "all"\nmax_height = 100\nmtf = 0.3\n')
+        talonvireo.measure_files(frame_files, HLX6C_RAW10, width=4000, height=3000,
+                                 limits=str(limits))
+
+
+def test_measure_files_over_a_dask_cluster_gives_the_single_process_table(frame_files):
+    pd = pytest.importorskip("pandas")
+    distributed = pytest.importorskip("distributed")
+    single = talonvireo.measure_files(frame_files, HLX6C_RAW10, width=4000, height=3000)
+    with distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True,
+                                  dashboard_address=None) as cluster, \
+            distributed.Client(cluster) as client:
+        parts = client.gather(client.map(
+            lambda path: talonvireo.measure_files([path], HLX6C_RAW10, width=4000, height=3000),
+            frame_files))
+    spread = pd.concat(parts, ignore_index=True)
+    pd.testing.assert_frame_equal(spread, single)

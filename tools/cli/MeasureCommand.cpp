@@ -7,16 +7,13 @@
 
 #include "CliError.h"
 #include "EdgeReport.h"
-#include "FieldPosition.h"
 #include "FrameFile.h"
-#include "FrameJob.h"
-#include "Grading.h"
+#include "FrameGrading.h"
 #include "Limits.h"
 #include "Members.h"
 #include "OutputFile.h"
 #include "PixelPitch.h"
 #include "RegionCut.h"
-#include "RegionFigures.h"
 
 namespace talonvireo {
 namespace cli {
@@ -94,54 +91,38 @@ int run(const OptionValues& o) {
     if (o.has("--json") && o.has("--csv")) {
         throw CliError(kExitBadArguments, "--json and --csv exclude each other");
     }
-    const SFRParam param{static_cast<float>(o.number("--freq-divisor", 0.0, 0.0, 1e6, true)),
-                         o.integer("--roi", 80, 1, kMaxSide),
-                         o.integer("--mark", 100, 1, kMaxSide)};
-    const int width = o.integer("--width", 0, 1, kMaxSide);
-    const int height = o.integer("--height", 0, 1, kMaxSide);
-    const Packing packing = parsePacking(o.text("--packing", "words16"));
+    FrameOptions options;
+    options.param =
+        SFRParam{static_cast<float>(o.number("--freq-divisor", 0.0, 0.0, 1e6, true)),
+                 o.integer("--roi", 80, 1, kMaxSide), o.integer("--mark", 100, 1, kMaxSide)};
+    options.width = o.integer("--width", 0, 1, kMaxSide);
+    options.height = o.integer("--height", 0, 1, kMaxSide);
+    options.packing = parsePacking(o.text("--packing", "words16"));
     const double minSfr = o.number("--min-sfr", 0.0, 0.0, 2.0);
-    const double fitLimit = o.number("--chart-fit-limit", kChartFitLimitPx, 0.0, 1e6, true);
+    options.chartFitLimit = o.number("--chart-fit-limit", kChartFitLimitPx, 0.0, 1e6, true);
     const int overlayWidth = o.integer("--overlay-width", 0, 1, kMaxSide);
     if (o.has("--limits") && o.has("--min-sfr")) {
         throw CliError(kExitBadArguments, "--limits and --min-sfr exclude each other");
     }
     // A limits file is read and checked before any measuring.
-    const std::optional<Limits> limits =
-        o.has("--limits") ? std::optional<Limits>(readLimits(o.text("--limits"))) : std::nullopt;
-    if (limits && limits->needsCustom() && !(param.freqDivisor > 0.0f)) {
-        throw CliError(kExitBadArguments, "the limits set sfr_custom: --freq-divisor is needed");
+    if (o.has("--limits")) {
+        options.limits = readLimits(o.text("--limits"));
     }
-    const double pitchUm =
-        o.has("--pixel-pitch") ? parsePixelPitch(o.text("--pixel-pitch")) : std::nan("");
-    const bool precise = parseMethod(o.text("--method", "classic")) == SfrMethod::kPrecise;
-    const bool planes = o.has("--per-channel-raw");
-    if (planes && !precise) {
-        throw CliError(kExitBadArguments, "--per-channel-raw needs --method precise");
+    if (o.has("--pixel-pitch")) {
+        options.pixelPitchUm = parsePixelPitch(o.text("--pixel-pitch"));
     }
+    options.precise = parseMethod(o.text("--method", "classic")) == SfrMethod::kPrecise;
+    options.planes = o.has("--per-channel-raw");
+    checkFrameOptions(options);
     if (o.has("--overlay")) {
         checkImageOutputPath("--overlay", o.text("--overlay"));
     }
-    const std::string path = o.text("FRAME");
 
-    cv::Mat raw = readFrame(path, width, height, packing);
-    validateParam(*member, raw.cols, param);
-    checkSampleDepth(*member, raw, stderr);
-    FrameReport report = measureRawFrame(*member, raw, param);
-    report.input = path;
-    requireChartFit(report, fitLimit);
-    const cv::Mat grey = memberGrey(*member, raw);
-    describeField(report, grey);
-    report.pixelPitchUm = pitchUm;
-    // MTF50 is measured when anything shows it: the precise figures, a limit, or units.
-    const bool mtf50 = precise || (limits && limits->needsMtf50()) || report.hasPitch();
-    if (mtf50) {
-        addRegionFigures(report, *member, raw, grey, {mtf50, precise, planes});
-    }
-    report.hasLimit = o.has("--min-sfr");
-    report.minSfr = minSfr;
-    if (limits) {
-        gradeReport(report, *limits);
+    GradedFrame graded = gradeFrameFile(*member, o.text("FRAME"), options, stderr);
+    FrameReport& report = graded.report;
+    if (o.has("--min-sfr")) {
+        report.hasLimit = true;
+        report.minSfr = minSfr;
     }
     if (o.has("--json")) {
         writeJson(stdout, frameJson(report));
@@ -151,9 +132,9 @@ int run(const OptionValues& o) {
         printTable(stdout, report);
     }
     if (o.has("--overlay")) {
-        writeImage(
-            o.text("--overlay"),
-            shrinkTo(drawOverlay(greyView(raw, member->bits), report, overlayWidth), overlayWidth));
+        writeImage(o.text("--overlay"),
+                   shrinkTo(drawOverlay(greyView(graded.raw, member->bits), report, overlayWidth),
+                            overlayWidth));
     }
     return report.failures() == 0 ? kExitOk : kExitBelowLimit;
 }

@@ -1,0 +1,48 @@
+// One frame file measured, placed and graded: what `measure` prints and what the Python
+// module's measure_files returns, from the same code.
+#pragma once
+
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include <opencv2/core.hpp>
+
+#include "EdgeReport.h"
+#include "FrameFile.h"
+#include "FrameJob.h"
+#include "Limits.h"
+#include "Members.h"
+
+namespace talonvireo {
+namespace cli {
+
+struct FrameOptions {
+    SFRParam param{0.0f, 80, 100};
+    int width = 0;   // of a raw file
+    int height = 0;  // of a raw file
+    Packing packing = Packing::Words16;
+    double chartFitLimit = kChartFitLimitPx;
+    bool precise = false;  // add the precise figures
+    bool planes = false;   // and each raw colour plane's
+    std::optional<Limits> limits;
+    double pixelPitchUm = std::numeric_limits<double>::quiet_NaN();
+};
+
+// Throws CliError (bad arguments) for options that cannot go together: raw planes without the
+// precise method, a custom-frequency limit without a custom frequency.
+void checkFrameOptions(const FrameOptions& options);
+
+struct GradedFrame {
+    cv::Mat raw;  // the frame's words, for pictures
+    FrameReport report;
+};
+
+// Reads `path`, checks it against the member (depth warnings to `warnings`), measures it,
+// checks the chart fit, fills every edge's field position, the figures the options ask for
+// and, with limits, every edge's verdict. Throws CliError with the cause of a failure.
+GradedFrame gradeFrameFile(const Member& member, const std::string& path,
+                           const FrameOptions& options, std::FILE* warnings);
+
+}  // namespace cli
+}  // namespace talonvireo
