@@ -7,6 +7,7 @@
 
 #include "CliError.h"
 #include "EdgeReport.h"
+#include "FieldPlot.h"
 #include "FrameFile.h"
 #include "FrameGrading.h"
 #include "Limits.h"
@@ -56,6 +57,9 @@ void declare(OptionValues& o) {
     o.flag("--csv", "output as CSV");
     o.option("--overlay", "OUT.png", "the frame with every region, its index and SFR at Nyquist/4");
     o.option("--overlay-width", "INT", "shrink the overlay picture to W pixels across");
+    o.option("--field-plot", "OUT.png",
+             "the field at a glance: every edge coloured by its SFR at Nyquist/4 over a faint "
+             "frame, failing edges crossed out, with the yield");
     o.option("--min-sfr", "NUMBER",
              "limit 0 .. 2 on the SFR at Nyquist/4: failing edges are marked and the exit "
              "status is 1");
@@ -117,6 +121,9 @@ int run(const OptionValues& o) {
     if (o.has("--overlay")) {
         checkImageOutputPath("--overlay", o.text("--overlay"));
     }
+    if (o.has("--field-plot")) {
+        checkImageOutputPath("--field-plot", o.text("--field-plot"));
+    }
 
     GradedFrame graded = gradeFrameFile(*member, o.text("FRAME"), options, stderr);
     FrameReport& report = graded.report;
@@ -135,6 +142,9 @@ int run(const OptionValues& o) {
         writeImage(o.text("--overlay"),
                    shrinkTo(drawOverlay(greyView(graded.raw, member->bits), report, overlayWidth),
                             overlayWidth));
+    }
+    if (o.has("--field-plot")) {
+        writeImage(o.text("--field-plot"), plotField(greyView(graded.raw, member->bits), report));
     }
     return report.failures() == 0 ? kExitOk : kExitBelowLimit;
 }
