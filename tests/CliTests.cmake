@@ -151,6 +151,8 @@ cli_test(NAME measure.RefusesAPixelPitchWithoutItsUnit STATUS 2
     MATCH "--pixel-pitch takes a length with its unit" ARGS measure ${h6} --pixel-pitch 1.12)
 cli_test(NAME measure.DrawsTheFieldPlot STATUS 1 FILES field.png
     ARGS measure ${h6} --limits ${limits}/hlx6c.toml --field-plot field.png)
+cli_test(NAME measure.DrawsTheFieldCurve STATUS 0 FILES field-curve.png
+    ARGS measure ${h6} --method precise --field-curve field-curve.png)
 cli_test(NAME measure.NeedsAFrame STATUS 2 MATCH "FRAME is required"
     ARGS measure --member talonvireoSFR_raw16)
 cli_test(NAME measure.NeedsAMember STATUS 2 MATCH "--member is required"

@@ -1,8 +1,11 @@
 // The field plot: its size, its markers' colours and the failing edges' marks.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <opencv2/imgproc.hpp>
 
+#include "FieldCurve.h"
 #include "FieldPlot.h"
 
 namespace {
@@ -40,6 +43,30 @@ TEST(FieldPlot, IsAThousandPixelsWideWithAMarkerPerEdge) {
     const cv::Vec3b background = plot.at<cv::Vec3b>(56 + 10, 10);
     EXPECT_GT(background[0], 180);
     EXPECT_LT(background[0], 250);
+}
+
+TEST(FieldCurve, PlotsTangentialAndSagittalEdgesApart) {
+    FrameReport report;
+    EdgeRow t, s;
+    t.field.heightPercent = 50.0;
+    t.field.orientation = "tangential";
+    t.measured.sfrQuarterNyquist = 0.6f;
+    s.field.heightPercent = 50.0;
+    s.field.orientation = "sagittal";
+    s.measured.sfrQuarterNyquist = 0.3f;
+    report.rows = {t, s};
+    const cv::Mat plot = plotFieldCurve(report, false);
+    ASSERT_EQ(plot.size(), cv::Size(1000, 560));
+    // Plot area x 70 .. 980, y 40 .. 510 for 0 .. 100 % and 0 .. 1.
+    const auto at = [&](double h, double v) {
+        return plot.at<cv::Vec3b>(static_cast<int>(std::lround(510 - v * 470)),
+                                  static_cast<int>(std::lround(70 + h / 100.0 * 910)));
+    };
+    const cv::Vec3b blue = at(50.0, 0.6), vermilion = at(50.0, 0.3);
+    EXPECT_GT(blue[0], 150);  // tangential: blue
+    EXPECT_LT(blue[2], 50);
+    EXPECT_GT(vermilion[2], 150);  // sagittal: vermilion
+    EXPECT_LT(vermilion[0], 50);
 }
 
 }  // namespace

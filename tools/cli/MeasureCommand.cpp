@@ -7,6 +7,7 @@
 
 #include "CliError.h"
 #include "EdgeReport.h"
+#include "FieldCurve.h"
 #include "FieldPlot.h"
 #include "FrameFile.h"
 #include "FrameGrading.h"
@@ -63,6 +64,9 @@ void declare(OptionValues& o) {
     o.option("--min-sfr", "NUMBER",
              "limit 0 .. 2 on the SFR at Nyquist/4: failing edges are marked and the exit "
              "status is 1");
+    o.option("--field-curve", "OUT.png",
+             "SFR at Nyquist/4 (MTF50 when measured) against image height, tangential and "
+             "sagittal edges apart");
     o.option("--pixel-pitch", "LENGTH",
              "the sensor's pixel pitch with its unit (1.12um, 0.00112mm): MTF50 is also given in "
              "line pairs per mm and line widths per picture height");
@@ -121,8 +125,10 @@ int run(const OptionValues& o) {
     if (o.has("--overlay")) {
         checkImageOutputPath("--overlay", o.text("--overlay"));
     }
-    if (o.has("--field-plot")) {
-        checkImageOutputPath("--field-plot", o.text("--field-plot"));
+    for (const char* picture : {"--field-plot", "--field-curve"}) {
+        if (o.has(picture)) {
+            checkImageOutputPath(picture, o.text(picture));
+        }
     }
 
     GradedFrame graded = gradeFrameFile(*member, o.text("FRAME"), options, stderr);
@@ -145,6 +151,9 @@ int run(const OptionValues& o) {
     }
     if (o.has("--field-plot")) {
         writeImage(o.text("--field-plot"), plotField(greyView(graded.raw, member->bits), report));
+    }
+    if (o.has("--field-curve")) {
+        writeImage(o.text("--field-curve"), plotFieldCurve(report, true));
     }
     return report.failures() == 0 ? kExitOk : kExitBelowLimit;
 }
