@@ -13,8 +13,10 @@ echo "== tests (Release)"
 ctest --test-dir "$root/build" --output-on-failure -j "$jobs"
 
 echo "== build (AddressSanitizer + UndefinedBehaviorSanitizer)"
+# -O1 and line tables only: the sanitizers need no more, and the build takes a third less.
 BUILD_TYPE=RelWithDebInfo "$root/scripts/build.sh" "$root/build-asan" \
-    -DTALONVIREO_SANITIZE=ON -DTALONVIREO_BUILD_BENCH=OFF -DTALONVIREO_BUILD_PYTHON=OFF
+    -DTALONVIREO_SANITIZE=ON -DTALONVIREO_BUILD_BENCH=OFF -DTALONVIREO_BUILD_PYTHON=OFF \
+    "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG"
 echo "== tests (AddressSanitizer + UndefinedBehaviorSanitizer)"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
