@@ -157,9 +157,7 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
                       std::to_string(f));
         }
     }
-    const int layout = code & PixelFormat::LayoutMask;
-    const bool mosaic = layout == PixelFormat::Bayer8 || layout == PixelFormat::Bayer16 ||
-                        layout == PixelFormat::Bayer16B || layout == PixelFormat::Bayer16C;
+    const bool mosaic = cli::isMosaicFormat(code);
     if (perChannelRaw && method != "precise") {
         raise("InvalidInput", "per_channel_raw needs method='precise'");
     }

@@ -12,60 +12,55 @@ namespace talonvireo {
 namespace sfr {
 
 namespace {
-// Halvings of a table step: 0.005 / 2^24 is far below any figure's precision.
+// Halvings of a sampling step: 0.005 / 2^24 is far below any figure's precision.
 constexpr int kRefineSteps = 24;
 }  // namespace
 
 LsfSpectrum::LsfSpectrum(std::vector<double> value, double first, double step, double kernelSigma)
     : value_(std::move(value)), first_(first), step_(step), kernelSigma_(kernelSigma) {
-    dc_ = modulus(0.0);
+    const double zero = 0.0;
+    moduli(&zero, 1, &dc_);
 }
 
-double LsfSpectrum::modulus(double f) const {
-    // The phasor advances by a fixed turn per sample; the origin sits mid-span so that the
+void LsfSpectrum::moduli(const double* f, int n, double* out) const {
+    // Each phasor advances by a fixed turn per sample; the origin sits mid-span so that the
     // recurrence's rounding stays small.
     const double centre = first_ + 0.5 * step_ * static_cast<double>(value_.size());
-    const double start = -kTwoPi * f * (first_ - centre);
-    double c = std::cos(start), s = std::sin(start);
-    const double dc = std::cos(-kTwoPi * f * step_), ds = std::sin(-kTwoPi * f * step_);
-    double re = 0.0, im = 0.0;
-    for (double v : value_) {
-        re += v * c;
-        im += v * s;
-        const double nc = c * dc - s * ds;
-        s = c * ds + s * dc;
-        c = nc;
+    double c[kLanes], s[kLanes], dc[kLanes], ds[kLanes], re[kLanes] = {}, im[kLanes] = {};
+    for (int l = 0; l < kLanes; ++l) {
+        const double fl = l < n ? f[l] : 0.0;
+        const double start = -kTwoPi * fl * (first_ - centre);
+        c[l] = std::cos(start);
+        s[l] = std::sin(start);
+        dc[l] = std::cos(-kTwoPi * fl * step_);
+        ds[l] = std::sin(-kTwoPi * fl * step_);
     }
-    return std::hypot(re, im);
+    for (double v : value_) {
+        for (int l = 0; l < kLanes; ++l) {
+            re[l] += v * c[l];
+            im[l] += v * s[l];
+            const double nc = c[l] * dc[l] - s[l] * ds[l];
+            s[l] = c[l] * ds[l] + s[l] * dc[l];
+            c[l] = nc;
+        }
+    }
+    for (int l = 0; l < n; ++l) {
+        out[l] = std::hypot(re[l], im[l]);
+    }
 }
 
-std::vector<double> LsfSpectrum::table(int count, double step) const {
-    constexpr int kLanes = 4;  // independent phasor recurrences keep the multipliers busy
+std::vector<double> LsfSpectrum::sampled(int count, double step) const {
     std::vector<double> out(static_cast<size_t>(std::max(count, 0)));
-    const double centre = first_ + 0.5 * step_ * static_cast<double>(value_.size());
     for (int base = 0; base < count; base += kLanes) {
-        double c[kLanes], s[kLanes], dc[kLanes], ds[kLanes], re[kLanes] = {}, im[kLanes] = {};
-        for (int l = 0; l < kLanes; ++l) {
-            const double f = (base + l) * step;
-            const double start = -kTwoPi * f * (first_ - centre);
-            c[l] = std::cos(start);
-            s[l] = std::sin(start);
-            dc[l] = std::cos(-kTwoPi * f * step_);
-            ds[l] = std::sin(-kTwoPi * f * step_);
+        const int n = std::min(kLanes, count - base);
+        double f[kLanes], m[kLanes];
+        for (int l = 0; l < n; ++l) {
+            f[l] = (base + l) * step;
         }
-        for (double v : value_) {
-            for (int l = 0; l < kLanes; ++l) {
-                re[l] += v * c[l];
-                im[l] += v * s[l];
-                const double nc = c[l] * dc[l] - s[l] * ds[l];
-                s[l] = c[l] * ds[l] + s[l] * dc[l];
-                c[l] = nc;
-            }
-        }
-        for (int l = 0; l < kLanes && base + l < count; ++l) {
-            const double f = (base + l) * step;
+        moduli(f, n, m);
+        for (int l = 0; l < n; ++l) {
             out[static_cast<size_t>(base + l)] =
-                dc_ > 0.0 ? std::hypot(re[l], im[l]) / dc_ / gaussianTransfer(kernelSigma_, f)
+                dc_ > 0.0 ? m[l] / dc_ / gaussianTransfer(kernelSigma_, f[l])
                           : std::numeric_limits<double>::quiet_NaN();
         }
     }
@@ -76,7 +71,9 @@ double LsfSpectrum::at(double f) const {
     if (!(dc_ > 0.0)) {
         return std::numeric_limits<double>::quiet_NaN();
     }
-    return modulus(f) / dc_ / gaussianTransfer(kernelSigma_, f);
+    double m = 0.0;
+    moduli(&f, 1, &m);
+    return m / dc_ / gaussianTransfer(kernelSigma_, f);
 }
 
 double LsfSpectrum::frequencyAtLevel(double level, const std::vector<double>& frequency,

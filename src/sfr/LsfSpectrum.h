@@ -1,7 +1,7 @@
 // The SFR of a windowed line spread on a regular grid, at any frequency.
 //
 // The transform is summed directly at each frequency asked for, so a figure such as MTF50 is
-// the root of the measured curve itself rather than a point between table entries. The
+// the root of the measured curve itself rather than a point between sampled values. The
 // modulus is normalised at zero frequency and divided by the transfer of the Gaussian kernel
 // the line spread was built with.
 #pragma once
@@ -20,16 +20,18 @@ public:
     double at(double f) const;
 
     // at() at 0, step, 2 step, ... (count values), four frequencies per pass over the samples.
-    std::vector<double> table(int count, double step) const;
+    std::vector<double> sampled(int count, double step) const;
 
-    // Frequency where the SFR first falls below `level`: bracketed on a table of it (from
-    // frequency 0 in equal steps) and then refined on the curve; NaN when the table never
-    // falls that low.
+    // Frequency where the SFR first falls below `level`: bracketed between two of its sampled
+    // values (from frequency 0 in equal steps) and then refined on the curve; NaN when the
+    // samples never fall that low.
     double frequencyAtLevel(double level, const std::vector<double>& frequency,
                             const std::vector<double>& sfr) const;
 
 private:
-    double modulus(double f) const;
+    static constexpr int kLanes = 4;  // independent phasor recurrences keep the multipliers busy
+    // |transform| at f[0 .. n), n <= kLanes, in one pass over the samples.
+    void moduli(const double* f, int n, double* out) const;
 
     std::vector<double> value_;
     double first_;

@@ -193,7 +193,7 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
         limit -= kFrequencyStep;
     }
     const int count = static_cast<int>(std::floor(limit / kFrequencyStep + 1e-9)) + 1;
-    curve.sfr = spectrum.table(count, kFrequencyStep);
+    curve.sfr = spectrum.sampled(count, kFrequencyStep);
     for (int k = 0; k < count; ++k) {
         curve.frequency.push_back(k * kFrequencyStep);
     }

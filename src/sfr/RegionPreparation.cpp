@@ -32,11 +32,6 @@ int matrixType(int layout) {
     }
 }
 
-bool isMosaic(int layout) {
-    return layout == pf::Bayer8 || layout == pf::Bayer16 || layout == pf::Bayer16B ||
-           layout == pf::Bayer16C;
-}
-
 // OpenCV's conversion code for a Bayer phase, or -1.
 int bayerToGreyCode(int phase) {
     switch (phase) {
@@ -54,6 +49,11 @@ int bayerToGreyCode(int phase) {
 }
 }  // namespace
 
+bool isMosaicLayout(int layout) {
+    return layout == pf::Bayer8 || layout == pf::Bayer16 || layout == pf::Bayer16B ||
+           layout == pf::Bayer16C;
+}
+
 int bytesPerPixel(int format) {
     const int type = matrixType(format & pf::LayoutMask);
     return type < 0 ? 0 : static_cast<int>(CV_ELEM_SIZE(type));
@@ -68,7 +68,7 @@ void prepareRegion(unsigned char* image, int width, int height, int format, cv::
         return;
     }
     cv::Mat wrapped(height, width, type, image);
-    if (!isMosaic(layout)) {
+    if (!isMosaicLayout(layout)) {
         out = wrapped;
         return;
     }

@@ -6,6 +6,9 @@
 namespace talonvireo {
 namespace sfr {
 
+// true for the Bayer layouts (the `format & 0xFF0` field), whatever the phase.
+bool isMosaicLayout(int layout);
+
 // Bytes per pixel of the layout field of `format`, or 0 for an unknown layout.
 int bytesPerPixel(int format);
 

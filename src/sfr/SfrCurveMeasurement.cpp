@@ -122,11 +122,6 @@ int rawPlaneChannels(const cv::Mat& mosaic, int phase, const SfrContext& ctx,
     return kSfrOk;
 }
 
-bool isMosaicLayout(int layout) {
-    namespace pf = talonvireo::PixelFormat;
-    return layout == pf::Bayer8 || layout == pf::Bayer16 || layout == pf::Bayer16B ||
-           layout == pf::Bayer16C;
-}
 }  // namespace
 
 int measureSfrCurve(const unsigned char* image, int width, int height, int format,
