@@ -269,9 +269,9 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
     cli::FrameOptions options;
     try {
         options.param = SFRParam{static_cast<float>(freqDivisor), roiSize, markSearchSize};
-        options.width = width;
-        options.height = height;
-        options.packing = cli::parsePacking(packing);
+        options.layout.width = width;
+        options.layout.height = height;
+        options.layout.packing = cli::parsePacking(packing);
         options.precise = cli::parseMethod(method) == SfrMethod::kPrecise;
         options.planes = perChannelRaw;
         if (limits) {

@@ -16,6 +16,8 @@ packages=(
     valgrind          # memcheck over the end-to-end tests
     libcli11-dev nlohmann-json3-dev  # the command line's parser and JSON writer
     libtomlplusplus-dev  # the command line's limits files
+    libsqlite3-dev    # the batch command's record
+    libraw-dev        # DNG and camera raw files
     dpkg-dev          # cpack's Debian package and its checks
 )
 

@@ -31,9 +31,10 @@ endfunction()
 
 # ---- The dispatcher ----
 cli_test(NAME NoCommandPrintsUsage STATUS 2 MATCH "Usage: talonvireo-sfr .*SUBCOMMAND")
-cli_test(NAME HelpListsEveryCommand STATUS 0 MATCH "demo.*measure.*roi.*render" ARGS --help)
+cli_test(NAME HelpListsEveryCommand STATUS 0 MATCH "demo.*measure.*batch.*roi.*render"
+    ARGS --help)
 cli_test(NAME UnknownCommandIsRefused STATUS 2 MATCH "unknown command 'nope'" ARGS nope)
-foreach(command demo measure roi render)
+foreach(command demo measure batch roi render)
     cli_test(NAME ${command}.HelpTextExplainsTheOptions STATUS 0
         MATCH "Usage: talonvireo-sfr ${command}" ARGS ${command} --help)
 endforeach()
@@ -61,6 +62,20 @@ cli_test(NAME render.WritesOneRawRegion FIXTURE STATUS 0 FILES reg.raw
 cli_test(NAME render.WritesOneBayerRegion FIXTURE STATUS 0 FILES breg.raw
     ARGS render --project HLX6C --bits 16 --bayer --sigma 0.8 --width 80 --height 80
         --shift-x -1841 --shift-y -1576 --out breg)
+cli_test(NAME render.WritesPaddedMipiRaw12AfterAHeader FIXTURE STATUS 0 FILES h6p.raw
+    ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --packing mipi12 --stride 6016
+        --offset 256 --out h6p)
+cli_test(NAME render.WritesRaw8 FIXTURE STATUS 0 FILES h8.raw
+    ARGS render --project HLX6C --bits 8 --bayer --sigma 0.8 --packing raw8 --out h8)
+cli_test(NAME render.WritesADng FIXTURE STATUS 0 MATCH "wrote h6d.raw, h6d.png, h6d.json, h6d.dng"
+    FILES h6d.dng ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --dng --out h6d)
+cli_test(NAME render.WritesASixteenBitDng FIXTURE STATUS 0 FILES d16.dng
+    ARGS render --project HLX6C --bits 16 --bayer --width 400 --height 300 --dng --out d16)
+cli_test(NAME render.RefusesMipiRaw12BeyondTwelveBits STATUS 2
+    MATCH "--packing mipi12 needs --bits 12 or fewer"
+    ARGS render --bits 14 --packing mipi12 --width 64 --height 64 --out x)
+cli_test(NAME render.RefusesADngWithoutAMosaic STATUS 2 MATCH "--dng needs --bayer"
+    ARGS render --bits 10 --dng --width 64 --height 64 --out x)
 cli_test(NAME render.RefusesUnknownProjects STATUS 2 MATCH "unknown project 'NOPE'"
     ARGS render --project NOPE)
 cli_test(NAME render.RefusesMipiPackingBeyondTenBits STATUS 2 MATCH "mipi10 needs --bits 10"
@@ -98,6 +113,30 @@ cli_test(NAME measure.ExitsOneWhenAnEdgeIsBelowTheLimit STATUS 1 MATCH "52 of 52
 cli_test(NAME measure.ReadsMipiRaw10 STATUS 0 MATCH "52 edges"
     ARGS measure h6m.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
         --packing mipi10)
+cli_test(NAME measure.ReadsPaddedMipiRaw12AfterAHeader STATUS 0 MATCH "52 edges"
+    ARGS measure h6p.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --packing mipi12 --stride 6016 --offset 256)
+cli_test(NAME measure.ReadsRaw8 STATUS 0 MATCH "52 edges"
+    ARGS measure h8.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --packing raw8)
+cli_test(NAME measure.RefusesAStrideShorterThanALine STATUS 2
+    MATCH "--stride 5000 is shorter than a line of 4000 samples \\(6000 bytes packed\\)"
+    ARGS measure h6p.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --packing mipi12 --stride 5000)
+cli_test(NAME measure.NamesThePaddedLayoutOfAFileOfTheWrongSize STATUS 4
+    MATCH "lines 6008 bytes apart, after 256 header bytes"
+    ARGS measure h6p.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --packing mipi12 --stride 6008 --offset 256)
+cli_test(NAME measure.RefusesAnUnknownPacking STATUS 2
+    MATCH "unknown packing 'raw7' \\(words16, mipi10, mipi12 or raw8\\)"
+    ARGS measure ${h6} --packing raw7)
+cli_test(NAME measure.ReadsADngThroughLibRaw STATUS 0 MATCH "52 edges"
+    ARGS measure h6d.dng --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.RefusesADngDeeperThanTheMember STATUS 10
+    MATCH "d16.dng holds 16-bit samples; talonvireoSFR_raw10_HLX6C takes 10"
+    ARGS measure d16.dng --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.RefusesAFileLibRawCannotRead STATUS 3 MATCH "cannot read nope.dng as camera raw"
+    ARGS measure nope.dng --member talonvireoSFR_raw10_HLX6C)
 cli_test(NAME measure.AddsThePreciseFiguresBesideTheMembers STATUS 0
     MATCH "SFR N/2    MTF50 \\|    P N/4    P N/2  P MTF50 .*\n   51 .*P: the precise method"
     ARGS measure ${h6} --method precise)
@@ -170,7 +209,7 @@ cli_test(NAME measure.RefusesNonNumbers STATUS 2 MATCH "--roi takes an integer, 
 cli_test(NAME measure.ReportsAnUnreadableFile STATUS 3 MATCH "cannot read missing.raw"
     ARGS measure missing.raw --width 4000 --height 3000 --member talonvireoSFR_raw16)
 cli_test(NAME measure.ReportsAFileOfTheWrongSize STATUS 4
-    MATCH "holds 24000000 bytes, not 20000000 \\(2000 x 5000 x 2\\)"
+    MATCH "holds 24000000 bytes, not 20000000 \\(2000 x 5000, 2 bytes per sample\\)"
     ARGS measure h6.raw --width 2000 --height 5000 --member talonvireoSFR_raw10_HLX6C)
 cli_test(NAME measure.ReportsAChartNotLocated STATUS 5 MATCH "chart not located"
     ARGS measure blank.raw --width 1000 --height 800 --member talonvireoSFR_raw10_HLX6C)
@@ -178,6 +217,30 @@ cli_test(NAME measure.ReportsARegionOutOfBounds STATUS 6 MATCH "region out of bo
     ARGS measure crop.raw --width 3490 --height 3000 --member talonvireoSFR_raw10_HLX6C)
 cli_test(NAME measure.ReportsAFailedSfrCalculation STATUS 7 MATCH "SFR calculation failed"
     ARGS measure ${h6} --roi 3)
+
+# ---- batch ----
+cli_test(NAME batch.GradesFramesOfEveryKindAgainstLimits STATUS 0
+    MATCH "batch: 2 frames, 2 done now.*measured  2.*yield     100.0 % \\(2 of 2\\)"
+    FILES b.sqlite b.csv
+    ARGS batch h6.raw h6d.dng --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --limits ${limits}/lenient.toml --db b.sqlite --csv b.csv --jobs 2)
+cli_test(NAME batch.RecordsAFrameItCannotMeasureAndGoesOn STATUS 1
+    MATCH "measured  1.*errors    1.*1  wrong file size"
+    ARGS batch h6.raw blank.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME batch.RefusesAFrameThatDoesNotExist STATUS 2 MATCH "no such frame file: nope.raw"
+    ARGS batch h6.raw nope.raw --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME batch.RefusesAGlobThatMatchesNothing STATUS 2 MATCH "no such frame file: nope\\*.raw"
+    ARGS batch nope*.raw --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME batch.RefusesAFolderWithoutFrames STATUS 2 MATCH "no frame files in the folder"
+    ARGS batch ${limits} --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME batch.NeedsAtLeastOneFrame STATUS 2 MATCH "FRAMES is required"
+    ARGS batch --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME batch.RefusesJobsOutOfRange STATUS 2 MATCH "--jobs is out of range: .0. \\(1 .. +256\\)"
+    ARGS batch h6.raw --member talonvireoSFR_raw10_HLX6C --jobs 0)
+cli_test(NAME batch.RefusesADatabaseInAMissingFolder STATUS 2 MATCH "--db"
+    ARGS batch h6.raw --member talonvireoSFR_raw10_HLX6C --db no-such-folder/r.sqlite)
+cli_test(NAME batch.RefusesAnUnknownMember STATUS 2 MATCH "unknown member 'nope'"
+    ARGS batch h6.raw --member nope)
 
 # ---- roi ----
 set(edge g8.png --rect 1841,1576,80,80)

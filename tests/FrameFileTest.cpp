@@ -23,7 +23,7 @@ std::string writeBytes(const std::string& name, const std::vector<unsigned char>
 
 ExitStatus statusOf(const std::string& path, int w, int h, Packing p) {
     try {
-        readRawFrame(path, w, h, p);
+        readRawFrame(path, {w, h, p});
     } catch (const CliError& e) {
         return e.status();
     }
@@ -32,7 +32,7 @@ ExitStatus statusOf(const std::string& path, int w, int h, Packing p) {
 
 TEST(FrameFile, WordsAreLittleEndian) {
     const std::string path = writeBytes("words.raw", {0x34, 0x12, 0xFF, 0x03, 0x00, 0x80, 1, 0});
-    const cv::Mat f = readRawFrame(path, 2, 2, Packing::Words16);
+    const cv::Mat f = readRawFrame(path, {2, 2, Packing::Words16});
     EXPECT_EQ(f.at<unsigned short>(0, 0), 0x1234);
     EXPECT_EQ(f.at<unsigned short>(0, 1), 0x03FF);
     EXPECT_EQ(f.at<unsigned short>(1, 0), 0x8000);
@@ -43,11 +43,78 @@ TEST(FrameFile, MipiRaw10PacksFourSamplesInFiveBytes) {
     // Samples 0x3FF, 0x001, 0x2AA, 0x155: high bytes 0xFF 0x00 0xAA 0x55, then the low bit
     // pairs 11, 01, 10, 01 from the lowest pair up: 0b01'10'01'11 = 0x67.
     const std::string path = writeBytes("mipi.raw", {0xFF, 0x00, 0xAA, 0x55, 0x67});
-    const cv::Mat f = readRawFrame(path, 4, 1, Packing::Mipi10);
+    const cv::Mat f = readRawFrame(path, {4, 1, Packing::Mipi10});
     EXPECT_EQ(f.at<unsigned short>(0, 0), 0x3FF);
     EXPECT_EQ(f.at<unsigned short>(0, 1), 0x001);
     EXPECT_EQ(f.at<unsigned short>(0, 2), 0x2AA);
     EXPECT_EQ(f.at<unsigned short>(0, 3), 0x155);
+}
+
+TEST(FrameFile, MipiRaw12PacksTwoSamplesInThreeBytes) {
+    // Samples 0xABC and 0x123: high bytes 0xAB 0x12, then the low nibbles 0xC (sample 0, low)
+    // and 0x3 (sample 1, high): 0x3C.
+    const std::string path = writeBytes("mipi12.raw", {0xAB, 0x12, 0x3C, 0xFF, 0x00, 0x0F});
+    const cv::Mat f = readRawFrame(path, {2, 2, Packing::Mipi12});
+    EXPECT_EQ(f.at<unsigned short>(0, 0), 0xABC);
+    EXPECT_EQ(f.at<unsigned short>(0, 1), 0x123);
+    EXPECT_EQ(f.at<unsigned short>(1, 0), 0xFFF);
+    EXPECT_EQ(f.at<unsigned short>(1, 1), 0x000);
+}
+
+TEST(FrameFile, Raw8HoldsOneBytePerSample) {
+    const std::string path = writeBytes("raw8.raw", {0, 1, 254, 255});
+    const cv::Mat f = readRawFrame(path, {2, 2, Packing::Raw8});
+    EXPECT_EQ(f.at<unsigned short>(0, 0), 0);
+    EXPECT_EQ(f.at<unsigned short>(0, 1), 1);
+    EXPECT_EQ(f.at<unsigned short>(1, 0), 254);
+    EXPECT_EQ(f.at<unsigned short>(1, 1), 255);
+}
+
+TEST(FrameFile, StrideSkipsPaddingAndOffsetSkipsAHeader) {
+    // Three header bytes, then two lines of two words padded to 6 bytes each.
+    const std::vector<unsigned char> bytes = {9, 9, 9, 1, 0, 2, 0, 7, 7, 3, 0, 4, 0, 7, 7};
+    const cv::Mat f = readRawFrame(writeBytes("padded.raw", bytes), {2, 2, Packing::Words16, 6, 3});
+    EXPECT_EQ(f.at<unsigned short>(0, 0), 1);
+    EXPECT_EQ(f.at<unsigned short>(0, 1), 2);
+    EXPECT_EQ(f.at<unsigned short>(1, 0), 3);
+    EXPECT_EQ(f.at<unsigned short>(1, 1), 4);
+    // The last line's padding may be left out.
+    const std::vector<unsigned char> cut(bytes.begin(), bytes.end() - 2);
+    const cv::Mat g =
+        readRawFrame(writeBytes("padded-cut.raw", cut), {2, 2, Packing::Words16, 6, 3});
+    EXPECT_EQ(g.at<unsigned short>(1, 1), 4);
+    // Padded RAW10 lines each start on their own byte.
+    const std::vector<unsigned char> mipi = {0xFF, 0x00, 0xAA, 0x55, 0x67, 0,
+                                             0x01, 0x02, 0x03, 0x04, 0x00, 0};
+    const cv::Mat m = readRawFrame(writeBytes("padded10.raw", mipi), {4, 2, Packing::Mipi10, 6, 0});
+    EXPECT_EQ(m.at<unsigned short>(0, 3), 0x155);
+    EXPECT_EQ(m.at<unsigned short>(1, 0), 0x004);
+    EXPECT_EQ(m.at<unsigned short>(1, 3), 0x010);
+}
+
+TEST(FrameFile, AStrideShorterThanALineIsRefused) {
+    const std::string path = writeBytes("stride.raw", std::vector<unsigned char>(12, 0));
+    try {
+        readRawFrame(path, {4, 2, Packing::Words16, 6, 0});
+        FAIL() << "a 6-byte stride for 8-byte lines was taken";
+    } catch (const CliError& e) {
+        EXPECT_EQ(e.status(), kExitBadArguments);
+        EXPECT_NE(std::string(e.what()).find("shorter than a line"), std::string::npos) << e.what();
+    }
+}
+
+TEST(FrameFile, APaddedFileOfTheWrongSizeNamesItsLayout) {
+    const std::string path = writeBytes("padded-bad.raw", std::vector<unsigned char>(20, 0));
+    try {
+        readRawFrame(path, {2, 2, Packing::Mipi12, 8, 2});
+        FAIL() << "20 bytes taken for 2 + 2 x 8";
+    } catch (const CliError& e) {
+        EXPECT_EQ(e.status(), kExitWrongFileSize);
+        EXPECT_NE(std::string(e.what()).find("not 18 (2 x 2, RAW12, 3 bytes per 2 samples, lines 8 "
+                                             "bytes apart, after 2 header bytes)"),
+                  std::string::npos)
+            << e.what();
+    }
 }
 
 TEST(FrameFile, AFileOfTheWrongSizeIsRefused) {
@@ -65,9 +132,9 @@ TEST(FrameFile, SixteenBitImagesAreReadAsTheyAre) {
     for (const char* ext : {".png", ".pgm", ".tiff"}) {
         const std::string path = ::testing::TempDir() + "frame" + ext;
         ASSERT_TRUE(cv::imwrite(path, words)) << ext;
-        const cv::Mat back = readFrame(path, 5, 3, Packing::Words16);
+        const cv::Mat back = readFrame(path, {5, 3, Packing::Words16});
         EXPECT_EQ(cv::norm(back, words, cv::NORM_INF), 0.0) << ext;
-        EXPECT_THROW(readFrame(path, 6, 3, Packing::Words16), CliError) << ext;
+        EXPECT_THROW(readFrame(path, {6, 3, Packing::Words16}), CliError) << ext;
     }
 }
 
@@ -121,7 +188,7 @@ TEST(FrameFile, ADirectoryIsReportedAsOne) {
     EXPECT_EQ(statusOfImage(dir), kExitUnreadableFile);
     EXPECT_EQ(statusOf(dir, 2, 2, Packing::Words16), kExitUnreadableFile);
     try {
-        readRawFrame(dir, 2, 2, Packing::Words16);
+        readRawFrame(dir, {2, 2, Packing::Words16});
     } catch (const CliError& e) {
         EXPECT_NE(std::string(e.what()).find("is a directory"), std::string::npos);
     }

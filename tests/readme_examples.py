@@ -9,8 +9,8 @@ import sys
 import tempfile
 
 
-def command_block(readme):
-    section = readme.split("## Command line", 1)[1]
+def command_block(readme, heading="## Command line"):
+    section = readme.split(heading, 1)[1]
     block = section.split("```sh", 1)[1].split("```", 1)[0]
     block = block.replace("\\\n", " ")
     commands = []
@@ -41,6 +41,28 @@ def main():
         if shown.group(0) not in demo.stdout:
             sys.exit(f"the README's summary is not what the demo prints:\n{shown.group(0)}\n"
                      f"{demo.stdout[-600:]}")
+        # Grading a tray: its commands, with the limits file the README shows.
+        section = readme.split("## Grading a tray", 1)[1]
+        limits = section.split("```toml", 1)[1].split("```", 1)[0]
+        with open(os.path.join(work, "tray.toml"), "w") as f:
+            f.write(limits)
+        tray = command_block(readme, "## Grading a tray")
+        names = [c[1] for c in tray]
+        assert names == ["render", "render", "render", "batch", "measure"], names
+        for argv in tray:
+            run = subprocess.run([tool] + argv[1:], cwd=work, capture_output=True, text=True)
+            # The batch and the measure grade a failing module: exit status 1 is theirs.
+            expected = 1 if argv[1] in ("batch", "measure") else 0
+            if run.returncode != expected:
+                sys.exit(f"README tray example gave {run.returncode}, not {expected}: "
+                         f"{' '.join(argv)}\n{run.stdout}{run.stderr}")
+            print(f"ok: {' '.join(argv)}")
+            if argv[1] == "batch":
+                summary = section.split("```\nbatch:", 1)[1].split("```", 1)[0]
+                for line in summary.splitlines()[1:]:
+                    if line.strip() and line not in run.stdout:
+                        sys.exit(f"the README's batch summary line is not printed: {line!r}\n"
+                                 f"{run.stdout}")
     print("every README example ran as written")
 
 

@@ -9,6 +9,8 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include "CliError.h"
+#include "DngWriter.h"
+#include "FrameFile.h"
 #include "JsonDocument.h"
 #include "OutputFile.h"
 #include "render/ChartDesign.h"
@@ -26,44 +28,6 @@ constexpr int kRingRadii[] = {90, 100, 120};
 // MIPI RAW10: four samples in five bytes, bits 9..2 of each, then their bits 1..0 packed
 // into the fifth byte with the first sample in the lowest pair. A last group of fewer than
 // four samples is padded with zeros.
-void writeMipi10(const cv::Mat& frame, const std::string& path) {
-    std::vector<unsigned short> samples(frame.begin<unsigned short>(), frame.end<unsigned short>());
-    samples.resize((samples.size() + 3) / 4 * 4, 0);
-    std::ofstream out(path, std::ios::binary);
-    for (std::size_t g = 0; g < samples.size(); g += 4) {
-        char bytes[5] = {};
-        for (int lane = 0; lane < 4; ++lane) {
-            const unsigned v = samples[g + lane] & 0x3FFu;
-            bytes[lane] = static_cast<char>(v >> 2);
-            bytes[4] =
-                static_cast<char>(static_cast<unsigned char>(bytes[4]) | (v & 3u) << (2 * lane));
-        }
-        out.write(bytes, 5);
-    }
-    if (!out) {
-        throw std::runtime_error("cannot write " + path);
-    }
-}
-
-void writeRaw(const cv::Mat& frame, const std::string& path) {
-    std::ofstream out(path, std::ios::binary);
-    for (int r = 0; r < frame.rows; ++r) {
-        if (frame.depth() == CV_8U) {
-            out.write(reinterpret_cast<const char*>(frame.ptr(r)), frame.cols);
-            continue;
-        }
-        const unsigned short* row = frame.ptr<unsigned short>(r);
-        for (int c = 0; c < frame.cols; ++c) {
-            const char bytes[2] = {static_cast<char>(row[c] & 0xFF),
-                                   static_cast<char>(row[c] >> 8)};
-            out.write(bytes, 2);  // little-endian whatever the host
-        }
-    }
-    if (!out) {
-        throw std::runtime_error("cannot write " + path);
-    }
-}
-
 // An 8-bit view of the frame: raw words scaled down to 8 bits.
 cv::Mat viewable(const cv::Mat& frame, int bits) {
     if (frame.depth() == CV_8U) {
@@ -147,7 +111,11 @@ void declare(OptionValues& o) {
     o.option("--read-noise", "N", "level-independent noise sd, output units (default 0)");
     o.option("--seed", "N", "noise seed (default 1)");
     o.option("--packing", "P",
-             "words16 (default) or mipi10 (10-bit raw only: 4 pixels in 5 bytes)");
+             "words16 (default; raw8 for --bits 8), mipi10 (--bits 10: 4 pixels in 5 bytes), "
+             "mipi12 (--bits 8 or 10: 2 pixels in 3 bytes) or raw8 (--bits 8)");
+    o.option("--stride", "BYTES", "bytes from one line to the next (padded lines)");
+    o.option("--offset", "BYTES", "zero bytes before the first line (a header)");
+    o.flag("--dng", "also write the mosaic as PREFIX.dng (needs --bayer), as a bench camera would");
     o.option("--out", "PREFIX", "output path prefix (default chart)");
 }
 
@@ -183,12 +151,24 @@ int run(const OptionValues& o) {
     exposure.readNoise = o.number("--read-noise", 0.0, 0.0, big);
     exposure.seed = static_cast<std::uint32_t>(o.integer("--seed", 1, 0, 2147483647));
     const std::string prefix = o.text("--out", "chart");
-    const std::string packing = o.text("--packing", "words16");
-    if (packing != "words16" && packing != "mipi10") {
-        throw CliError(kExitBadArguments, "unknown packing '" + packing + "' (words16 or mipi10)");
+    const std::string packingName = o.text("--packing", exposure.bits == 8 ? "raw8" : "words16");
+    RawLayout layout;
+    layout.width = width;
+    layout.height = height;
+    layout.packing = parsePacking(packingName);
+    layout.stride = o.integer("--stride", 0, 1, 1 << 30);
+    layout.offset = o.integer("--offset", 0, 0, 1 << 30);
+    checkRawLayout(layout);
+    const int packedBits[] = {16, 10, 12, 8};  // Words16, Mipi10, Mipi12, Raw8
+    const int most = packedBits[static_cast<int>(layout.packing)];
+    if (exposure.bits > most || (layout.packing == Packing::Mipi10 && exposure.bits != 10)) {
+        throw CliError(kExitBadArguments, "--packing " + packingName + " needs --bits " +
+                                              (layout.packing == Packing::Mipi10
+                                                   ? std::string("10")
+                                                   : std::to_string(most) + " or fewer"));
     }
-    if (packing == "mipi10" && exposure.bits != 10) {
-        throw CliError(kExitBadArguments, "--packing mipi10 needs --bits 10");
+    if (o.has("--dng") && !exposure.bayer) {
+        throw CliError(kExitBadArguments, "--dng needs --bayer: a DNG holds a mosaic");
     }
     checkOutputPath("--out", prefix + ".raw");
     checkImageOutputPath("--out", prefix + ".png");
@@ -200,16 +180,18 @@ int run(const OptionValues& o) {
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
-    if (packing == "mipi10") {
-        writeMipi10(frame, prefix + ".raw");
-    } else {
-        writeRaw(frame, prefix + ".raw");
+    writeRawFrame(prefix + ".raw", frame, layout);
+    if (o.has("--dng")) {
+        cv::Mat words;
+        frame.convertTo(words, CV_16U);
+        writeDng(prefix + ".dng", words, exposure.bits);
     }
     writeImage(prefix + ".png", viewable(frame, exposure.bits));
     writeTruth(prefix + ".json", design, transform, sigma, width, height, exposure.bits);
     std::printf("%s chart, %d x %d, %d bits%s, sigma %.2f: rendered in %.2f s\n", name.c_str(),
                 width, height, exposure.bits, exposure.bayer ? " Bayer RG" : "", sigma, seconds);
-    std::printf("wrote %s.raw, %s.png, %s.json\n", prefix.c_str(), prefix.c_str(), prefix.c_str());
+    std::printf("wrote %s.raw, %s.png, %s.json%s\n", prefix.c_str(), prefix.c_str(), prefix.c_str(),
+                o.has("--dng") ? (", " + prefix + ".dng").c_str() : "");
     return 0;
 }
 }  // namespace

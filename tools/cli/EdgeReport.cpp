@@ -152,72 +152,81 @@ void printCsvFigure(std::FILE* out, double v, const char* format = ",%.6f") {
 }
 }  // namespace
 
-void printCsv(std::FILE* out, const FrameReport& report) {
-    std::fprintf(out, "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist");
-    std::fprintf(out, report.hasCustom() ? ",sfr_custom" : "");
+std::string csvHeader(const FrameReport& report) {
+    std::string h = "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist";
+    h += report.hasCustom() ? ",sfr_custom" : "";
     if (report.hasMtf50) {
-        std::fprintf(out, report.hasPitch() ? ",mtf50,mtf50_lp_per_mm,mtf50_lw_per_ph" : ",mtf50");
+        h += report.hasPitch() ? ",mtf50,mtf50_lp_per_mm,mtf50_lw_per_ph" : ",mtf50";
     }
     if (report.hasPrecise) {
-        std::fprintf(out, ",precise_sfr_quarter_nyquist,precise_sfr_half_nyquist%s,precise_mtf50%s",
-                     report.hasCustom() ? ",precise_sfr_custom" : "",
-                     report.hasPitch() ? ",precise_mtf50_lp_per_mm" : "");
+        h += ",precise_sfr_quarter_nyquist,precise_sfr_half_nyquist";
+        h += report.hasCustom() ? ",precise_sfr_custom" : "";
+        h += ",precise_mtf50";
+        h += report.hasPitch() ? ",precise_mtf50_lp_per_mm" : "";
     }
     if (report.hasPlanes) {
-        for (const char* plane : {"R", "Gr", "Gb", "B"}) {
-            std::fprintf(out, ",raw_%s_sfr_quarter_nyquist,raw_%s_sfr_half_nyquist,raw_%s_mtf50",
-                         plane, plane, plane);
+        for (const std::string plane : {"R", "Gr", "Gb", "B"}) {
+            h += ",raw_" + plane + "_sfr_quarter_nyquist,raw_" + plane + "_sfr_half_nyquist,raw_" +
+                 plane + "_mtf50";
         }
     }
-    std::fprintf(out,
-                 report.hasTruth() ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "");
-    std::fprintf(out, ",height_percent,azimuth_deg,orientation");
-    std::fprintf(out, report.limitsPath.empty() ? "" : ",zone,failed_limit");
-    std::fprintf(out, report.hasLimit ? ",pass\n" : "\n");
+    h += report.hasTruth() ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "";
+    h += ",height_percent,azimuth_deg,orientation";
+    h += report.limitsPath.empty() ? "" : ",zone,failed_limit";
+    h += report.hasLimit ? ",pass" : "";
+    return h;
+}
+
+void printCsv(std::FILE* out, const FrameReport& report) {
+    std::fprintf(out, "%s\n", csvHeader(report).c_str());
     for (const EdgeRow& row : report.rows) {
-        const SFREdgeResult& m = row.measured;
-        std::fprintf(out, "%d,%d,%d,%d", row.index, m.x, m.y, row.side);
-        printCsvFigure(out, m.sfrQuarterNyquist);
-        printCsvFigure(out, m.sfrHalfNyquist);
-        if (report.hasCustom()) {
-            printCsvFigure(out, m.sfrCustom);
-        }
-        if (report.hasMtf50) {
-            printCsvFigure(out, row.mtf50);
-            if (report.hasPitch()) {
-                printCsvFigure(out, linePairsPerMm(row.mtf50, report.pixelPitchUm));
-                printCsvFigure(out, lineWidthsPerHeight(row.mtf50, report.height));
-            }
-        }
-        if (report.hasPrecise) {
-            printCsvFigure(out, row.precise.sfrQuarterNyquist);
-            printCsvFigure(out, row.precise.sfrHalfNyquist);
-            if (report.hasCustom()) {
-                printCsvFigure(out, row.precise.sfrCustom);
-            }
-            printCsvFigure(out, row.precise.mtf50);
-            if (report.hasPitch()) {
-                printCsvFigure(out, linePairsPerMm(row.precise.mtf50, report.pixelPitchUm));
-            }
-        }
-        for (const CurveFigures& plane : row.planes) {
-            printCsvFigure(out, plane.sfrQuarterNyquist);
-            printCsvFigure(out, plane.sfrHalfNyquist);
-            printCsvFigure(out, plane.mtf50);
-        }
-        if (row.hasTruth) {
-            std::fprintf(out, ",%.6f,%.6f,%.3f,%.3f", row.truth.sfrQuarter, row.truth.sfrHalf,
-                         row.truth.centre.x, row.truth.centre.y);
-        }
-        printCsvFigure(out, row.field.heightPercent, ",%.2f");
-        printCsvFigure(out, row.field.azimuthDeg, ",%.2f");
-        std::fprintf(out, ",%s", row.field.orientation.c_str());
-        if (!report.limitsPath.empty()) {
-            // Quoted: both may hold commas; neither holds a quote (zone names may not).
-            std::fprintf(out, ",\"%s\",\"%s\"", row.zone.c_str(), row.failedLimit.c_str());
-        }
-        std::fprintf(out, report.hasLimit ? ",%d\n" : "\n", report.passes(row) ? 1 : 0);
+        printCsvRow(out, report, row);
     }
+}
+
+void printCsvRow(std::FILE* out, const FrameReport& report, const EdgeRow& row) {
+    const SFREdgeResult& m = row.measured;
+    std::fprintf(out, "%d,%d,%d,%d", row.index, m.x, m.y, row.side);
+    printCsvFigure(out, m.sfrQuarterNyquist);
+    printCsvFigure(out, m.sfrHalfNyquist);
+    if (report.hasCustom()) {
+        printCsvFigure(out, m.sfrCustom);
+    }
+    if (report.hasMtf50) {
+        printCsvFigure(out, row.mtf50);
+        if (report.hasPitch()) {
+            printCsvFigure(out, linePairsPerMm(row.mtf50, report.pixelPitchUm));
+            printCsvFigure(out, lineWidthsPerHeight(row.mtf50, report.height));
+        }
+    }
+    if (report.hasPrecise) {
+        printCsvFigure(out, row.precise.sfrQuarterNyquist);
+        printCsvFigure(out, row.precise.sfrHalfNyquist);
+        if (report.hasCustom()) {
+            printCsvFigure(out, row.precise.sfrCustom);
+        }
+        printCsvFigure(out, row.precise.mtf50);
+        if (report.hasPitch()) {
+            printCsvFigure(out, linePairsPerMm(row.precise.mtf50, report.pixelPitchUm));
+        }
+    }
+    for (const CurveFigures& plane : row.planes) {
+        printCsvFigure(out, plane.sfrQuarterNyquist);
+        printCsvFigure(out, plane.sfrHalfNyquist);
+        printCsvFigure(out, plane.mtf50);
+    }
+    if (row.hasTruth) {
+        std::fprintf(out, ",%.6f,%.6f,%.3f,%.3f", row.truth.sfrQuarter, row.truth.sfrHalf,
+                     row.truth.centre.x, row.truth.centre.y);
+    }
+    printCsvFigure(out, row.field.heightPercent, ",%.2f");
+    printCsvFigure(out, row.field.azimuthDeg, ",%.2f");
+    std::fprintf(out, ",%s", row.field.orientation.c_str());
+    if (!report.limitsPath.empty()) {
+        // Quoted: both may hold commas; neither holds a quote (zone names may not).
+        std::fprintf(out, ",\"%s\",\"%s\"", row.zone.c_str(), row.failedLimit.c_str());
+    }
+    std::fprintf(out, report.hasLimit ? ",%d\n" : "\n", report.passes(row) ? 1 : 0);
 }
 
 namespace {

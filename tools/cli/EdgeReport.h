@@ -52,6 +52,7 @@ struct EdgeRow {
     bool pass = true;
     std::string zone;
     std::string failedLimit;
+    std::string failedFigure;  // the figure of failedLimit: "mtf50", "sfr_half_nyquist", ...
     bool hasTruth = false;
     render::EntryTruth truth{};
 
@@ -100,6 +101,10 @@ void printFigure(std::FILE* out, double v, int decimals = 4);
 
 void printTable(std::FILE* out, const FrameReport& report);
 void printCsv(std::FILE* out, const FrameReport& report);
+// printCsv's header line (no newline), and one row of it (with its newline): its columns
+// follow the report's flags, not its rows.
+std::string csvHeader(const FrameReport& report);
+void printCsvRow(std::FILE* out, const FrameReport& report, const EdgeRow& row);
 // The report as a JSON document (documentHead first).
 Json frameJson(const FrameReport& report);
 

@@ -27,20 +27,114 @@ void refuseDirectory(const std::string& path) {
 
 std::vector<unsigned char> readBytes(const std::string& path) {
     refuseDirectory(path);
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(path, std::ios::binary | std::ios::ate);
     if (!in) {
         throw CliError(kExitUnreadableFile, "cannot read " + path);
     }
-    std::vector<unsigned char> bytes((std::istreambuf_iterator<char>(in)),
-                                     std::istreambuf_iterator<char>());
-    if (in.bad()) {
+    const std::streamoff size = in.tellg();
+    if (size < 0) {
+        throw CliError(kExitUnreadableFile, "cannot read " + path);
+    }
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
+    in.seekg(0);
+    if (!in.read(reinterpret_cast<char*>(bytes.data()), size)) {
         throw CliError(kExitUnreadableFile, "cannot read " + path);
     }
     return bytes;
 }
 
 std::uint64_t packedSize(std::uint64_t samples, Packing packing) {
-    return packing == Packing::Words16 ? samples * 2 : (samples * 5 + 3) / 4;
+    switch (packing) {
+        case Packing::Mipi10:
+            return (samples * 5 + 3) / 4;
+        case Packing::Mipi12:
+            return (samples * 3 + 1) / 2;
+        case Packing::Raw8:
+            return samples;
+        case Packing::Words16:
+            break;
+    }
+    return samples * 2;
+}
+
+const char* packingName(Packing packing) {
+    switch (packing) {
+        case Packing::Mipi10:
+            return "RAW10, 5 bytes per 4 samples";
+        case Packing::Mipi12:
+            return "RAW12, 3 bytes per 2 samples";
+        case Packing::Raw8:
+            return "1 byte per sample";
+        case Packing::Words16:
+            break;
+    }
+    return "2 bytes per sample";
+}
+
+// `count` samples packed into `out` (zeroed, packedSize bytes).
+void packSamples(const unsigned short* in, std::uint64_t count, Packing packing,
+                 unsigned char* out) {
+    for (std::uint64_t k = 0; k < count; ++k) {
+        const unsigned v = in[k];
+        switch (packing) {
+            case Packing::Words16:
+                out[2 * k] = static_cast<unsigned char>(v & 0xFF);
+                out[2 * k + 1] = static_cast<unsigned char>(v >> 8);
+                break;
+            case Packing::Mipi10: {
+                unsigned char* group = out + k / 4 * 5;
+                const int lane = static_cast<int>(k % 4);
+                group[lane] = static_cast<unsigned char>((v >> 2) & 0xFF);
+                group[4] = static_cast<unsigned char>(group[4] | (v & 0x3) << (2 * lane));
+                break;
+            }
+            case Packing::Mipi12: {
+                unsigned char* group = out + k / 2 * 3;
+                const int lane = static_cast<int>(k % 2);
+                group[lane] = static_cast<unsigned char>((v >> 4) & 0xFF);
+                group[2] = static_cast<unsigned char>(group[2] | (v & 0xF) << (4 * lane));
+                break;
+            }
+            case Packing::Raw8:
+                out[k] = static_cast<unsigned char>(v & 0xFF);
+                break;
+        }
+    }
+}
+
+// `count` samples packed from `in` onwards, into `out`.
+void unpackSamples(const unsigned char* in, std::uint64_t count, Packing packing,
+                   unsigned short* out) {
+    switch (packing) {
+        case Packing::Words16:
+            for (std::uint64_t k = 0; k < count; ++k) {
+                out[k] = static_cast<unsigned short>(in[2 * k] | (in[2 * k + 1] << 8));
+            }
+            return;
+        case Packing::Mipi10:
+            // Bytes 0-3 hold bits 9..2 of four samples, byte 4 their bits 1..0, sample 0 in
+            // the lowest pair.
+            for (std::uint64_t k = 0; k < count; ++k) {
+                const unsigned char* group = in + k / 4 * 5;
+                const int lane = static_cast<int>(k % 4);
+                out[k] = static_cast<unsigned short>((group[lane] << 2) |
+                                                     ((group[4] >> (2 * lane)) & 0x3));
+            }
+            return;
+        case Packing::Mipi12:
+            // Bytes 0-1 hold bits 11..4 of two samples, byte 2 their bits 3..0, sample 0 in
+            // the low nibble.
+            for (std::uint64_t k = 0; k < count; ++k) {
+                const unsigned char* group = in + k / 2 * 3;
+                const int lane = static_cast<int>(k % 2);
+                out[k] = static_cast<unsigned short>((group[lane] << 4) |
+                                                     ((group[2] >> (4 * lane)) & 0xF));
+            }
+            return;
+        case Packing::Raw8:
+            std::copy(in, in + count, out);
+            return;
+    }
 }
 }  // namespace
 
@@ -91,40 +185,102 @@ Packing parsePacking(const std::string& name) {
     if (name == "mipi10") {
         return Packing::Mipi10;
     }
-    throw CliError(kExitBadArguments, "unknown packing '" + name + "' (words16 or mipi10)");
+    if (name == "mipi12") {
+        return Packing::Mipi12;
+    }
+    if (name == "raw8") {
+        return Packing::Raw8;
+    }
+    throw CliError(kExitBadArguments,
+                   "unknown packing '" + name + "' (words16, mipi10, mipi12 or raw8)");
 }
 
-cv::Mat readRawFrame(const std::string& path, int width, int height, Packing packing) {
-    if (width <= 0 || height <= 0) {
+std::uint64_t packedLineBytes(int width, Packing packing) {
+    return packedSize(static_cast<std::uint64_t>(std::max(width, 0)), packing);
+}
+
+void checkRawLayout(const RawLayout& layout) {
+    if (layout.stride > 0 && layout.width > 0 &&
+        static_cast<std::uint64_t>(layout.stride) < packedLineBytes(layout.width, layout.packing)) {
+        throw CliError(kExitBadArguments,
+                       "--stride " + std::to_string(layout.stride) + " is shorter than a line of " +
+                           std::to_string(layout.width) + " samples (" +
+                           std::to_string(packedLineBytes(layout.width, layout.packing)) +
+                           " bytes packed)");
+    }
+}
+
+cv::Mat readRawFrame(const std::string& path, const RawLayout& layout) {
+    if (layout.width <= 0 || layout.height <= 0) {
         throw CliError(kExitBadArguments, "a raw frame needs --width and --height above 0");
     }
+    checkRawLayout(layout);
     const std::vector<unsigned char> bytes = readBytes(path);
-    const std::uint64_t samples = static_cast<std::uint64_t>(width) * height;
-    const std::uint64_t expected = packedSize(samples, packing);
-    if (bytes.size() != expected) {
-        throw CliError(kExitWrongFileSize,
-                       path + " holds " + std::to_string(bytes.size()) + " bytes, not " +
-                           std::to_string(expected) + " (" + std::to_string(width) + " x " +
-                           std::to_string(height) +
-                           (packing == Packing::Words16 ? " x 2)" : " RAW10, 5 bytes per 4)"));
-    }
-    cv::Mat frame(height, width, CV_16UC1);
-    auto* out = frame.ptr<unsigned short>();
-    if (packing == Packing::Words16) {
-        for (std::uint64_t k = 0; k < samples; ++k) {
-            out[k] = static_cast<unsigned short>(bytes[2 * k] | (bytes[2 * k + 1] << 8));
+    const std::uint64_t width = static_cast<std::uint64_t>(layout.width);
+    const std::uint64_t height = static_cast<std::uint64_t>(layout.height);
+    const std::uint64_t line = packedLineBytes(layout.width, layout.packing);
+    const std::uint64_t offset = static_cast<std::uint64_t>(layout.offset);
+    const std::uint64_t stride = static_cast<std::uint64_t>(layout.stride);
+    const std::uint64_t full =
+        offset + (stride > 0 ? stride * height : packedSize(width * height, layout.packing));
+    // A padded file may stop right after its last line's samples.
+    const std::uint64_t shortest = stride > 0 ? offset + stride * (height - 1) + line : full;
+    if (bytes.size() != full && bytes.size() != shortest) {
+        std::string shape = std::to_string(width) + " x " + std::to_string(height) + ", " +
+                            packingName(layout.packing);
+        if (stride > 0) {
+            shape += ", lines " + std::to_string(stride) + " bytes apart";
         }
+        if (offset > 0) {
+            shape += ", after " + std::to_string(offset) + " header bytes";
+        }
+        throw CliError(kExitWrongFileSize, path + " holds " + std::to_string(bytes.size()) +
+                                               " bytes, not " + std::to_string(full) + " (" +
+                                               shape + ")");
+    }
+    cv::Mat frame(layout.height, layout.width, CV_16UC1);
+    if (stride == 0) {
+        unpackSamples(bytes.data() + offset, width * height, layout.packing,
+                      frame.ptr<unsigned short>());
         return frame;
     }
-    // RAW10: bytes 0-3 hold bits 9..2 of four samples, byte 4 their bits 1..0, sample 0 in
-    // the lowest pair.
-    for (std::uint64_t k = 0; k < samples; ++k) {
-        const std::uint64_t group = k / 4 * 5;
-        const int lane = static_cast<int>(k % 4);
-        const int low = (bytes[group + 4] >> (2 * lane)) & 0x3;
-        out[k] = static_cast<unsigned short>((bytes[group + lane] << 2) | low);
+    for (int r = 0; r < layout.height; ++r) {
+        unpackSamples(bytes.data() + offset + stride * static_cast<std::uint64_t>(r), width,
+                      layout.packing, frame.ptr<unsigned short>(r));
     }
     return frame;
+}
+
+void writeRawFrame(const std::string& path, const cv::Mat& frame, const RawLayout& layout) {
+    cv::Mat words;
+    frame.convertTo(words, CV_16U);
+    RawLayout shape = layout;
+    shape.width = words.cols;
+    shape.height = words.rows;
+    checkRawLayout(shape);
+    const std::uint64_t samples = static_cast<std::uint64_t>(words.total());
+    const std::uint64_t stride = static_cast<std::uint64_t>(layout.stride);
+    std::vector<unsigned char> bytes(
+        static_cast<std::size_t>(layout.offset) +
+            (stride > 0 ? stride * static_cast<std::uint64_t>(words.rows)
+                        : packedSize(samples, layout.packing)),
+        0);
+    unsigned char* data = bytes.data() + layout.offset;
+    if (stride == 0) {
+        cv::Mat flat = words.isContinuous() ? words : words.clone();
+        packSamples(flat.ptr<unsigned short>(), samples, layout.packing, data);
+    } else {
+        for (int r = 0; r < words.rows; ++r) {
+            packSamples(words.ptr<unsigned short>(r), static_cast<std::uint64_t>(words.cols),
+                        layout.packing, data + stride * static_cast<std::uint64_t>(r));
+        }
+    }
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()),
+              static_cast<std::streamsize>(bytes.size()));
+    if (!out) {
+        throw CliError(kExitFailed, "cannot write " + path);
+    }
 }
 
 cv::Mat readImage(const std::string& path) {
@@ -145,10 +301,12 @@ cv::Mat readImage(const std::string& path) {
     return image;
 }
 
-cv::Mat readFrame(const std::string& path, int width, int height, Packing packing) {
+cv::Mat readFrame(const std::string& path, const RawLayout& layout) {
     if (!isImagePath(path)) {
-        return readRawFrame(path, width, height, packing);
+        return readRawFrame(path, layout);
     }
+    const int width = layout.width;
+    const int height = layout.height;
     const cv::Mat image = readImage(path);
     if (image.type() != CV_16UC1) {
         throw CliError(kExitUnreadableFile,

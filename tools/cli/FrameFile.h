@@ -1,6 +1,7 @@
 // Frames and regions read from files: raw 16-bit words, packed MIPI RAW10, or an image file.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include <opencv2/core.hpp>
@@ -11,14 +12,34 @@ namespace cli {
 enum class Packing {
     Words16,  // one little-endian 16-bit word per sample
     Mipi10,   // MIPI RAW10: four samples in five bytes (four high bytes, then their low bits)
+    Mipi12,   // MIPI RAW12: two samples in three bytes (two high bytes, then their low nibbles)
+    Raw8,     // one byte per sample
 };
 
-// Parses "words16" / "mipi10"; throws CliError (bad arguments) otherwise.
+// Parses "words16" / "mipi10" / "mipi12" / "raw8"; throws CliError (bad arguments) otherwise.
 Packing parsePacking(const std::string& name);
 
+// How a raw file lays out its frame. Without a stride the samples run on from line to line
+// as one packed stream; with one, every line starts `stride` bytes after the last (padded
+// lines), packed from its own first byte. `offset` bytes of header come first.
+struct RawLayout {
+    int width = 0;
+    int height = 0;
+    Packing packing = Packing::Words16;
+    int stride = 0;  // bytes; 0: no padding
+    int offset = 0;  // bytes
+};
+
+// Bytes one line of `width` samples takes when packed.
+std::uint64_t packedLineBytes(int width, Packing packing);
+
+// Throws CliError (bad arguments) for a stride shorter than a packed line.
+void checkRawLayout(const RawLayout& layout);
+
 // A width x height frame of CV_16U samples from a raw file. Throws CliError: unreadable file,
-// or a size other than the packing's size of width x height samples.
-cv::Mat readRawFrame(const std::string& path, int width, int height, Packing packing);
+// or a size other than the layout's: offset + the packed frame (without a stride), or
+// offset + height strides (the last line's padding may be missing).
+cv::Mat readRawFrame(const std::string& path, const RawLayout& layout);
 
 // True for the image files the tool decodes through OpenCV (.png .pgm .ppm .pnm .tif .tiff
 // .jpg .jpeg .bmp .webp, any case); false for raw files (.raw .bin .dat, or no extension).
@@ -33,10 +54,15 @@ cv::Mat readRawImage(const std::string& path, int width, int height, int type);
 // dropped). Throws CliError for a directory or a file that cannot be read or decoded.
 cv::Mat readImage(const std::string& path);
 
+// Writes `frame` (CV_16U, or CV_8U for raw8) as a raw file in `layout`'s packing, stride
+// and offset (header and padding bytes zero); readRawFrame reads it back. Samples wider than
+// the packing are cut to its bits. Throws CliError (kExitFailed) when the file cannot be
+// written, (bad arguments) for a stride shorter than a line.
+void writeRawFrame(const std::string& path, const cv::Mat& frame, const RawLayout& layout);
+
 // A frame from either kind of file (isImagePath). Images must be 16-bit single channel and, when
-// width/height are given
-// (> 0), of that size.
-cv::Mat readFrame(const std::string& path, int width, int height, Packing packing);
+// the layout gives width and height (> 0), of that size.
+cv::Mat readFrame(const std::string& path, const RawLayout& layout);
 
 }  // namespace cli
 }  // namespace talonvireo

@@ -1,5 +1,8 @@
 #include "FrameGrading.h"
 
+#include <cmath>
+
+#include "CameraRawFile.h"
 #include "CliError.h"
 #include "FieldPosition.h"
 #include "Grading.h"
@@ -17,11 +20,40 @@ void checkFrameOptions(const FrameOptions& options) {
     }
 }
 
+namespace {
+// MTF50 is measured when anything shows it: the precise figures, a limit, or units.
+bool measuresMtf50(const FrameOptions& options) {
+    return options.precise || (options.limits && options.limits->needsMtf50()) ||
+           std::isfinite(options.pixelPitchUm);
+}
+}  // namespace
+
+FrameReport reportLayout(const Member& member, const FrameOptions& options) {
+    FrameReport report;
+    report.member = member.name;
+    report.param = options.param;
+    report.pixelPitchUm = options.pixelPitchUm;
+    report.hasMtf50 = measuresMtf50(options);
+    report.hasPrecise = options.precise;
+    report.hasPlanes = options.planes;
+    if (options.limits) {
+        report.limitsPath = options.limits->path;
+        report.hasLimit = true;
+    }
+    return report;
+}
+
 GradedFrame gradeFrameFile(const Member& member, const std::string& path,
                            const FrameOptions& options, std::FILE* warnings) {
     checkFrameOptions(options);
     GradedFrame out;
-    out.raw = readFrame(path, options.width, options.height, options.packing);
+    if (isCameraRawPath(path)) {
+        const CameraRaw camera = readCameraRaw(path);
+        checkCameraRawFits(camera, path, member.bits, member.name);
+        out.raw = camera.mosaic;
+    } else {
+        out.raw = readFrame(path, options.layout);
+    }
     validateParam(member, out.raw.cols, options.param);
     checkSampleDepth(member, out.raw, warnings);
     FrameReport& report = out.report;
@@ -31,9 +63,7 @@ GradedFrame gradeFrameFile(const Member& member, const std::string& path,
     const cv::Mat grey = memberGrey(member, out.raw);
     describeField(report, grey);
     report.pixelPitchUm = options.pixelPitchUm;
-    // MTF50 is measured when anything shows it: the precise figures, a limit, or units.
-    const bool mtf50 =
-        options.precise || (options.limits && options.limits->needsMtf50()) || report.hasPitch();
+    const bool mtf50 = measuresMtf50(options);
     if (mtf50) {
         addRegionFigures(report, member, out.raw, grey, {mtf50, options.precise, options.planes});
     }

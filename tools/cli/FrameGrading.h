@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdio>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -19,9 +20,7 @@ namespace cli {
 
 struct FrameOptions {
     SFRParam param{0.0f, 80, 100};
-    int width = 0;   // of a raw file
-    int height = 0;  // of a raw file
-    Packing packing = Packing::Words16;
+    RawLayout layout;  // of a raw file
     double chartFitLimit = kChartFitLimitPx;
     bool precise = false;  // add the precise figures
     bool planes = false;   // and each raw colour plane's
@@ -33,14 +32,20 @@ struct FrameOptions {
 // precise method, a custom-frequency limit without a custom frequency.
 void checkFrameOptions(const FrameOptions& options);
 
+// An empty report with the flags a frame graded with these options gets (which figures,
+// units and verdicts it carries): the columns of a batch's tables before any frame is in.
+FrameReport reportLayout(const Member& member, const FrameOptions& options);
+
 struct GradedFrame {
     cv::Mat raw;  // the frame's words, for pictures
     FrameReport report;
 };
 
-// Reads `path`, checks it against the member (depth warnings to `warnings`), measures it,
-// checks the chart fit, fills every edge's field position, the figures the options ask for
-// and, with limits, every edge's verdict. Throws CliError with the cause of a failure.
+// Reads `path` (a raw file in options.layout, a 16-bit image, or a camera raw file such as
+// DNG, whose mosaic must be RGGB and no deeper than the member's), checks it against the member
+// (depth warnings to `warnings`), measures it, checks the chart fit, fills every edge's field
+// position, the figures the options ask for and, with limits, every edge's verdict. Throws CliError
+// with the cause of a failure.
 GradedFrame gradeFrameFile(const Member& member, const std::string& path,
                            const FrameOptions& options, std::FILE* warnings);
 

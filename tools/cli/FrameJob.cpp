@@ -131,7 +131,7 @@ void checkSampleDepth(const Member& member, const cv::Mat& raw, std::FILE* warni
                            std::to_string(static_cast<long>(largest)) + ", " + member.name +
                            " takes 0 .. " + std::to_string(static_cast<long>(fullScale)) + ")");
     }
-    if (largest < (fullScale + 1.0) / 16.0) {
+    if (warnings != nullptr && largest < (fullScale + 1.0) / 16.0) {
         std::fprintf(warnings,
                      "warning: the largest sample, %ld, is below 1/16 of %d-bit full scale: "
                      "is %s the member for this frame?\n",

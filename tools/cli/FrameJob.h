@@ -23,7 +23,7 @@ inline constexpr double kChartFitLimitPx = 35.0;
 void validateParam(const Member& member, int width, const SFRParam& param);
 
 // Refuses (CliError, sample depth) a frame whose largest sample exceeds the member's depth;
-// warns on `warnings` when the largest sample is below 1/16 of that full scale.
+// warns on `warnings` (unless null) when the largest sample is below 1/16 of that full scale.
 void checkSampleDepth(const Member& member, const cv::Mat& raw, std::FILE* warnings);
 
 // validateParam, then measures `raw` (CV_16UC1) and returns the report with one row per

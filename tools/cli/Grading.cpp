@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 namespace talonvireo {
 namespace cli {
@@ -57,15 +58,21 @@ void gradeReport(FrameReport& report, const Limits& limits) {
         const FigureLimits f = limitsFor(limits, row, zone);
         row.zone = zone.name;
         row.failedLimit.clear();
-        for (const std::string& failed :
-             {check("sfr_quarter_nyquist", row.measured.sfrQuarterNyquist, f.sfrQuarterNyquist),
-              check("sfr_half_nyquist", row.measured.sfrHalfNyquist, f.sfrHalfNyquist),
-              check("sfr_custom", report.hasCustom() ? row.measured.sfrCustom : std::nan(""),
-                    f.sfrCustom),
-              check("mtf50", row.mtf50, f.mtf50)}) {
+        row.failedFigure.clear();
+        const std::pair<const char*, std::string> checks[] = {
+            {"sfr_quarter_nyquist",
+             check("sfr_quarter_nyquist", row.measured.sfrQuarterNyquist, f.sfrQuarterNyquist)},
+            {"sfr_half_nyquist",
+             check("sfr_half_nyquist", row.measured.sfrHalfNyquist, f.sfrHalfNyquist)},
+            {"sfr_custom",
+             check("sfr_custom", report.hasCustom() ? row.measured.sfrCustom : std::nan(""),
+                   f.sfrCustom)},
+            {"mtf50", check("mtf50", row.mtf50, f.mtf50)}};
+        for (const auto& [figure, failed] : checks) {
             if (!failed.empty() && row.failedLimit.empty()) {
                 row.failedLimit =
                     failed + " (zone " + zone.name + ", " + row.field.orientation + ")";
+                row.failedFigure = figure;
             }
         }
         row.pass = row.failedLimit.empty();

@@ -29,6 +29,11 @@ OptionValues& OptionValues::operand(const std::string& name, const std::string& 
     return *this;
 }
 
+OptionValues& OptionValues::operands(const std::string& name, const std::string& description) {
+    command_->add_option(name, lists_[name], description)->required()->type_name("FILE...");
+    return *this;
+}
+
 OptionValues& OptionValues::option(const std::string& name, const std::string& typeName,
                                    const std::string& description) {
     command_->add_option(name, texts_[name], description)->type_name(typeName);
@@ -47,6 +52,11 @@ bool OptionValues::has(const std::string& name) const {
 std::string OptionValues::text(const std::string& name, const std::string& fallback) const {
     const auto it = texts_.find(name);
     return has(name) && it != texts_.end() ? it->second : fallback;
+}
+
+std::vector<std::string> OptionValues::list(const std::string& name) const {
+    const auto it = lists_.find(name);
+    return it != lists_.end() ? it->second : std::vector<std::string>{};
 }
 
 int OptionValues::integer(const std::string& name, int fallback, int min, int max) const {

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -19,6 +20,8 @@ public:
 
     // A required file operand, such as FRAME.
     OptionValues& operand(const std::string& name, const std::string& description);
+    // One or more file operands, such as FRAMES...
+    OptionValues& operands(const std::string& name, const std::string& description);
     // "--name VALUE"; `typeName` shows in the help (INT, NUMBER, PATH, ...).
     OptionValues& option(const std::string& name, const std::string& typeName,
                          const std::string& description);
@@ -28,6 +31,8 @@ public:
 
     bool has(const std::string& name) const;
     std::string text(const std::string& name, const std::string& fallback = "") const;
+    // Every value of an operand list (empty when none was given).
+    std::vector<std::string> list(const std::string& name) const;
     // Throws CliError (bad arguments) for a value that is not a whole number (decimal, or hex
     // with 0x) or lies outside min .. max.
     int integer(const std::string& name, int fallback, int min, int max) const;
@@ -39,6 +44,7 @@ public:
 private:
     CLI::App* command_;
     std::map<std::string, std::string> texts_;  // nodes stay put: CLI11 writes into them
+    std::map<std::string, std::vector<std::string>> lists_;
 };
 
 }  // namespace cli

@@ -11,8 +11,8 @@
 namespace talonvireo {
 namespace cli {
 
-OutputFile::OutputFile(const std::string& path)
-    : path_(path), file_(std::fopen(path.c_str(), "w")) {
+OutputFile::OutputFile(const std::string& path, bool append)
+    : path_(path), file_(std::fopen(path.c_str(), append ? "a" : "w")) {
     if (file_ == nullptr) {
         throw CliError(kExitFailed, "cannot write " + path);
     }
@@ -21,6 +21,12 @@ OutputFile::OutputFile(const std::string& path)
 OutputFile::~OutputFile() {
     if (file_ != nullptr) {
         std::fclose(file_);
+    }
+}
+
+void OutputFile::flush() {
+    if (std::fflush(file_) != 0 || std::ferror(file_) != 0) {
+        throw CliError(kExitFailed, "cannot write " + path_);
     }
 }
 

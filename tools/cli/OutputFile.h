@@ -11,13 +11,16 @@ namespace cli {
 
 class OutputFile {
 public:
-    // Throws CliError (kExitFailed) when the file cannot be created.
-    explicit OutputFile(const std::string& path);
+    // Throws CliError (kExitFailed) when the file cannot be created (or opened to append).
+    explicit OutputFile(const std::string& path, bool append = false);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     std::FILE* get() const { return file_; }
+    // Pushes what was written to the file, so a killed process leaves it there; throws
+    // CliError when it cannot.
+    void flush();
     // Flushes and closes; throws CliError when anything failed to reach the file.
     void close();
 

@@ -9,6 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "BatchCommand.h"
 #include "ChartCommand.h"
 #include "CliError.h"
 #include "Command.h"
@@ -35,7 +36,8 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", std::string("talonvireo-sfr ") + kToolVersion);
     app.require_subcommand(1, 1);
     app.footer("Run 'talonvireo-sfr COMMAND --help' for a command's options.");
-    const Command commands[] = {demoCommand(), measureCommand(), roiCommand(), renderCommand()};
+    const Command commands[] = {demoCommand(), measureCommand(), batchCommand(), roiCommand(),
+                                renderCommand()};
     std::vector<std::unique_ptr<OptionValues>> values;
     std::vector<CLI::App*> subs;
     for (const Command& command : commands) {
@@ -54,9 +56,10 @@ int main(int argc, char** argv) {
     if (first.rfind("-", 0) != 0 && first != "chart" &&
         std::none_of(std::begin(commands), std::end(commands),
                      [&](const Command& c) { return first == c.name; })) {
-        std::fprintf(stderr,
-                     "talonvireo-sfr: unknown command '%s' (demo, measure, roi or render)\n%s",
-                     first.c_str(), app.help().c_str());
+        std::fprintf(
+            stderr,
+            "talonvireo-sfr: unknown command '%s' (demo, measure, batch, roi or render)\n%s",
+            first.c_str(), app.help().c_str());
         return kExitBadArguments;
     }
     try {
