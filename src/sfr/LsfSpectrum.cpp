@@ -12,7 +12,8 @@ namespace talonvireo {
 namespace sfr {
 
 namespace {
-// Halvings of a sampling step: 0.005 / 2^24 is far below any figure's precision.
+// Bisection steps: a 0.005 cycles/pixel bracket shrinks to 3e-10, far below any figure's
+// precision.
 constexpr int kRefineSteps = 24;
 }  // namespace
 
@@ -23,8 +24,8 @@ LsfSpectrum::LsfSpectrum(std::vector<double> value, double first, double step, d
 }
 
 void LsfSpectrum::moduli(const double* f, int n, double* out) const {
-    // Each phasor advances by a fixed turn per sample; the origin sits mid-span so that the
-    // recurrence's rounding stays small.
+    // Each phasor turns by a fixed angle per sample; measuring positions from the middle of
+    // the line spread keeps the recurrence's rounding small.
     const double centre = first_ + 0.5 * step_ * static_cast<double>(value_.size());
     double c[kLanes], s[kLanes], dc[kLanes], ds[kLanes], re[kLanes] = {}, im[kLanes] = {};
     for (int l = 0; l < kLanes; ++l) {

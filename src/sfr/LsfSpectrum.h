@@ -1,9 +1,8 @@
-// The SFR of a windowed line spread on a regular grid, at any frequency.
+// Spectrum of a line spread function: the SFR at whatever frequency a caller asks for.
 //
-// The transform is summed directly at each frequency asked for, so a figure such as MTF50 is
-// the root of the measured curve itself rather than a point between sampled values. The
-// modulus is normalised at zero frequency and divided by the transfer of the Gaussian kernel
-// the line spread was built with.
+// Each frequency gets its own direct sum over the line spread's samples, so MTF50 is solved
+// on the continuous curve. The modulus is scaled to 1 at zero frequency, and the Gaussian
+// kernel that smoothed the line spread is divided back out.
 #pragma once
 
 #include <vector>
@@ -22,9 +21,9 @@ public:
     // at() at 0, step, 2 step, ... (count values), four frequencies per pass over the samples.
     std::vector<double> sampled(int count, double step) const;
 
-    // Frequency where the SFR first falls below `level`: bracketed between two of its sampled
-    // values (from frequency 0 in equal steps) and then refined on the curve; NaN when the
-    // samples never fall that low.
+    // Frequency where the SFR first drops below `level`. `frequency` and `sfr` are a coarse
+    // sweep from 0 in equal steps that locates the crossing; bisection on at() then pins it
+    // down. NaN when the sweep never drops that low.
     double frequencyAtLevel(double level, const std::vector<double>& frequency,
                             const std::vector<double>& sfr) const;
 
