@@ -3,23 +3,16 @@
 #include <libraw/libraw.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <memory>
 
 #include "CliError.h"
+#include "FrameFile.h"
 
 namespace talonvireo {
 namespace cli {
 
 namespace {
-std::string lowerExtension(const std::string& path) {
-    std::string ext = std::filesystem::path(path).extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ext.empty() ? ext : ext.substr(1);
-}
-
 // LibRaw's colour index (0 R, 1 G, 2 B, 3 second G) as a letter.
 char colourLetter(int index) {
     return index == 0 ? 'R' : index == 2 ? 'B' : index == 1 || index == 3 ? 'G' : '?';

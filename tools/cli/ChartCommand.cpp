@@ -159,8 +159,7 @@ int run(const OptionValues& o) {
     layout.stride = o.integer("--stride", 0, 1, 1 << 30);
     layout.offset = o.integer("--offset", 0, 0, 1 << 30);
     checkRawLayout(layout);
-    const int packedBits[] = {16, 10, 12, 8};  // Words16, Mipi10, Mipi12, Raw8
-    const int most = packedBits[static_cast<int>(layout.packing)];
+    const int most = packingBits(layout.packing);
     if (exposure.bits > most || (layout.packing == Packing::Mipi10 && exposure.bits != 10)) {
         throw CliError(kExitBadArguments, "--packing " + packingName + " needs --bits " +
                                               (layout.packing == Packing::Mipi10

@@ -138,15 +138,39 @@ void unpackSamples(const unsigned char* in, std::uint64_t count, Packing packing
 }
 }  // namespace
 
+std::string lowerExtension(const std::string& path) {
+    const std::string name = std::filesystem::path(path).filename().string();
+    const auto dot = name.find_last_of('.');
+    if (dot == std::string::npos || dot == 0) {
+        return "";
+    }
+    std::string ext = name.substr(dot + 1);
+    std::transform(ext.begin(), ext.end(), ext.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ext;
+}
+
+int packingBits(Packing packing) {
+    switch (packing) {
+        case Packing::Mipi10:
+            return 10;
+        case Packing::Mipi12:
+            return 12;
+        case Packing::Raw8:
+            return 8;
+        case Packing::Words16:
+            break;
+    }
+    return 16;
+}
+
 bool isImagePath(const std::string& path) {
     const std::string name = std::filesystem::path(path).filename().string();
     const auto dot = name.find_last_of('.');
     if (dot == std::string::npos || dot == 0) {
         return false;  // no extension: raw samples
     }
-    std::string ext = name.substr(dot + 1);
-    std::transform(ext.begin(), ext.end(), ext.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string ext = lowerExtension(path);
     for (const char* raw : {"raw", "bin", "dat"}) {
         if (ext == raw) {
             return false;

@@ -41,6 +41,13 @@ void checkRawLayout(const RawLayout& layout);
 // offset + height strides (the last line's padding may be missing).
 cv::Mat readRawFrame(const std::string& path, const RawLayout& layout);
 
+// The extension of a path's file name, lower-cased, without its dot; empty when it has none
+// (a leading dot, as in ".hidden", is not an extension).
+std::string lowerExtension(const std::string& path);
+
+// Significant bits a packing carries per sample (16, 10, 12, 8).
+int packingBits(Packing packing);
+
 // True for the image files the tool decodes through OpenCV (.png .pgm .ppm .pnm .tif .tiff
 // .jpg .jpeg .bmp .webp, any case); false for raw files (.raw .bin .dat, or no extension).
 // Throws CliError (unreadable file) for any other extension: "unsupported image type".

@@ -3,12 +3,12 @@
 #include <glob.h>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <filesystem>
 #include <map>
 
 #include "CliError.h"
+#include "FrameFile.h"
 
 namespace talonvireo {
 namespace cli {
@@ -16,17 +16,6 @@ namespace cli {
 namespace fs = std::filesystem;
 
 namespace {
-std::string lowerExtension(const std::string& name) {
-    const auto dot = name.find_last_of('.');
-    if (dot == std::string::npos || dot == 0) {
-        return "";
-    }
-    std::string ext = name.substr(dot + 1);
-    std::transform(ext.begin(), ext.end(), ext.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ext;
-}
-
 bool isGlob(const std::string& argument) {
     return argument.find_first_of("*?[") != std::string::npos;
 }
