@@ -6,6 +6,7 @@
 #include "talonvireo/Export.h"
 #include "talonvireo/FrameMeasurement.h"
 #include "talonvireo/MeasurementRecords.h"
+#include "talonvireo/MemberEdgeLocate.h"
 #include "talonvireo/PixelFormat.h"
 #include "talonvireo/ProjectLocate.h"
 #include "talonvireo/RawFrameToGrey.h"

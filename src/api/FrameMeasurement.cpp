@@ -1,38 +1,23 @@
 // The thirteen whole-frame measurement members: each one row of choices for the shared body.
 #include "talonvireo/FrameMeasurement.h"
 
-#include "api/LocateRecipes.h"
 #include "api/MeasurementPipeline.h"
-#include "talonvireo/ProjectLocate.h"
+#include "api/MemberLocatePairs.h"
 
 namespace talonvireo {
 
 namespace {
 using api::GreyRoad;
-using api::LocatePair;
 using api::measureFrame;
 using api::RegionRule;
 using convert::WordDepth;
 
-using K31Pair = LocatePair<K31R22BX::Param, K31R22BX::Result, 34>;
-using K74Pair = LocatePair<K74T16BX::Param, K74T16BX::Result, 26>;
-using K83Pair = LocatePair<K83P09BQ::Param, K83P09BQ::Result, 26>;
-
-// Both locators of a member on images prepared once per frame.
-template <class Pair, class First, class Second>
-constexpr Pair pairOf() {
-    using P = typename Pair::Param;
-    using R = typename Pair::Result;
-    static_assert(First::kScale == Second::kScale, "one downscaled image serves both");
-    return {&First::template onImages<P, R>, &Second::template onImages<P, R>, First::kScale};
-}
-
-constexpr K31Pair kK31R22BX = pairOf<K31Pair, api::K31R22BXFirst, api::K31R22BXSecond>();
-constexpr K74Pair kK74T16BX = pairOf<K74Pair, api::K74T16BXFirst, api::K74T16BXSecond>();
-constexpr K74Pair kMap8k = pairOf<K74Pair, api::Map8kFirst, api::Map8kSecond>();
-constexpr K74Pair kHlx6c = pairOf<K74Pair, api::Hlx6cFirst, api::Hlx6cSecond>();
-constexpr K74Pair kHlx6c8k = pairOf<K74Pair, api::Hlx6c8kFirst, api::Hlx6c8kSecond>();
-constexpr K83Pair kK83P09BQ = pairOf<K83Pair, api::K83P09BQFirst, api::K83P09BQSecond>();
+constexpr auto& kK31R22BX = api::kK31R22BXPair;
+constexpr auto& kK74T16BX = api::kK74T16BXPair;
+constexpr auto& kMap8k = api::kMap8kPair;
+constexpr auto& kHlx6c = api::kHlx6cPair;
+constexpr auto& kHlx6c8k = api::kHlx6c8kPair;
+constexpr auto& kK83P09BQ = api::kK83P09BQPair;
 
 int measureRq8(unsigned char* img, int width, int height, const SFRParam& param,
                SFRResult_HLX5& result, WordDepth depth) {
