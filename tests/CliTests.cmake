@@ -218,6 +218,34 @@ cli_test(NAME measure.ReportsARegionOutOfBounds STATUS 6 MATCH "region out of bo
 cli_test(NAME measure.ReportsAFailedSfrCalculation STATUS 7 MATCH "SFR calculation failed"
     ARGS measure ${h6} --roi 3)
 
+# ---- measure --partial: a failed frame region by region ----
+set(crop crop.raw --width 3490 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.PartialNamesTheEdgesOffTheFrameAndMeasuresTheRest STATUS 6
+    MATCH "PARTIAL: talonvireoSFR_raw10_HLX6C failed on this frame \\(region out of bounds.*not the member's verdict.*off the frame\n.*measured\n.*of 52 edges measured region by region; 0 not located, [1-9][0-9]* off the frame, 0 refused"
+    ARGS measure ${crop} --partial)
+cli_test(NAME measure.PartialNamesTheRegionsTheSfrRefuses STATUS 7
+    MATCH "refused by the SFR: region not measurable \\(status -1\\).*26 of 52 edges measured region by region; 0 not located, 0 off the frame, 26 refused"
+    ARGS measure ${h6} --roi 3 --partial)
+cli_test(NAME measure.PartialReportsEveryEdgeNotLocated STATUS 5
+    MATCH "chart not located.*0 of 52 edges measured region by region; 52 not located"
+    ARGS measure blank.raw --width 1000 --height 800 --member talonvireoSFR_raw10_HLX6C --partial)
+cli_test(NAME measure.PartialJsonSaysTheVerdictIsNotTheMembers STATUS 6 JSON
+    MATCH "\"partial\": {.*\"member_exit_status\": 6.*\"verdict\": \"not the member's.*\"state\": \"off the frame\""
+    ARGS measure ${crop} --partial --json)
+cli_test(NAME measure.PartialCsvCarriesEachEdgesState STATUS 6
+    MATCH "orientation,state\n0,.*,\"measured\"\n.*,\"off the frame\""
+    ARGS measure ${crop} --partial --csv)
+cli_test(NAME measure.PartialFailsTheUnmeasuredEdgesAgainstLimits STATUS 6
+    MATCH " FAIL off the frame\n.*edges fail the limits"
+    ARGS measure ${crop} --partial --limits ${limits}/lenient.toml)
+cli_test(NAME measure.PartialLeavesAMeasuredFrameAsItIs STATUS 0 MATCH "52 edges" NOMATCH "PARTIAL|state"
+    ARGS measure ${h6} --partial)
+cli_test(NAME measure.WritesADiagnosticOverlayWhenTheMemberFails STATUS 6 FILES diagnosis.png
+    MATCH "region out of bounds.*the overlay shows where each edge was found" NOMATCH "PARTIAL"
+    ARGS measure ${crop} --overlay diagnosis.png --overlay-width 1000)
+cli_test(NAME measure.PartialDrawsTheFieldOfTheEdgesLeft STATUS 6 FILES partial-field.png
+    ARGS measure ${crop} --partial --field-plot partial-field.png)
+
 # ---- batch ----
 cli_test(NAME batch.GradesFramesOfEveryKindAgainstLimits STATUS 0
     MATCH "batch: 2 frames, 2 done now.*measured  2.*yield     100.0 % \\(2 of 2\\)"

@@ -25,6 +25,57 @@ int FrameReport::failures() const {
     return n;
 }
 
+const char* edgeStateName(EdgeState state) {
+    switch (state) {
+        case EdgeState::kMeasured:
+            return "measured";
+        case EdgeState::kNotLocated:
+            return "not located";
+        case EdgeState::kOffFrame:
+            return "off the frame";
+        case EdgeState::kRefused:
+            return "refused by the SFR";
+    }
+    return "measured";
+}
+
+std::string EdgeRow::stateText() const {
+    std::string text = edgeStateName(state);
+    if (state != EdgeState::kRefused) {
+        return text;
+    }
+    switch (sfrStatus) {
+        case -2:
+            return text + ": edge contrast below 20 %";
+        case -3:
+            return text + ": edge steeper than about 51 degrees";
+        case -4:
+            return text + ": edge aligned with the pixel grid";
+        default:
+            return text + ": region not measurable (status " + std::to_string(sfrStatus) + ")";
+    }
+}
+
+namespace {
+bool located(const EdgeRow& row) {
+    return row.state != EdgeState::kNotLocated;
+}
+
+// The partial report's closing line: how many edges were measured and what became of the rest.
+std::string partialSummary(const FrameReport& report) {
+    int count[4] = {};
+    for (const EdgeRow& row : report.rows) {
+        ++count[static_cast<int>(row.state)];
+    }
+    char line[160];
+    std::snprintf(line, sizeof line,
+                  "%d of %zu edges measured region by region; %d not located, %d off the frame, "
+                  "%d refused by the SFR",
+                  count[0], report.rows.size(), count[1], count[2], count[3]);
+    return line;
+}
+}  // namespace
+
 double EdgeRow::centreError() const {
     return std::hypot(measured.x - truth.centre.x, measured.y - truth.centre.y);
 }
@@ -38,6 +89,12 @@ void printFigure(std::FILE* out, double v, int decimals) {
 }
 
 void printTable(std::FILE* out, const FrameReport& report) {
+    if (report.partial()) {
+        std::fprintf(out,
+                     "PARTIAL: %s failed on this frame (%s; exit status %d). The edges below "
+                     "were measured region by region: not the member's verdict.\n",
+                     report.member.c_str(), report.memberFailure.c_str(), report.memberExitStatus);
+    }
     std::fprintf(out, "%s on %d x %d: %zu edges in %.1f ms (roiSize %d, markSearchSize %d",
                  report.member.c_str(), report.width, report.height, report.rows.size(),
                  report.milliseconds, report.param.roiSize, report.param.markSearchSize);
@@ -77,10 +134,17 @@ void printTable(std::FILE* out, const FrameReport& report) {
         std::fprintf(out, " | %8s %8s %8s %8s", "true N/4", "true N/2", "angle", "off px");
     }
     std::fprintf(out, " | %7s %6s %-10s", "height%", "azim", "facing");
-    std::fprintf(out, report.hasLimit ? " %s\n" : "\n", "limit");
+    if (report.hasLimit) {
+        std::fprintf(out, " %s", "limit");
+    }
+    std::fprintf(out, report.partial() ? " %s\n" : "\n", "state");
     for (const EdgeRow& row : report.rows) {
         const SFREdgeResult& m = row.measured;
-        std::fprintf(out, "%5d %5d,%-5d %4d", row.index, m.x, m.y, row.side);
+        if (located(row)) {
+            std::fprintf(out, "%5d %5d,%-5d %4d", row.index, m.x, m.y, row.side);
+        } else {
+            std::fprintf(out, "%5d %11s %4d", row.index, "-", row.side);
+        }
         printFigure(out, m.sfrQuarterNyquist);
         printFigure(out, m.sfrHalfNyquist);
         if (report.hasCustom()) {
@@ -117,11 +181,18 @@ void printTable(std::FILE* out, const FrameReport& report) {
                      row.field.orientation.c_str());
         if (report.hasLimit) {
             std::fprintf(out, " %s", verdict(report, row));
-            if (!row.failedLimit.empty()) {
+            // An edge not measured fails for its state, which the last column gives.
+            if (!row.failedLimit.empty() && row.state == EdgeState::kMeasured) {
                 std::fprintf(out, ": %s", row.failedLimit.c_str());
             }
         }
+        if (report.partial()) {
+            std::fprintf(out, " %s", row.stateText().c_str());
+        }
         std::fprintf(out, "\n");
+    }
+    if (report.partial()) {
+        std::fprintf(out, "%s\n", partialSummary(report).c_str());
     }
     if (report.hasLimit && report.limitsPath.empty()) {
         std::fprintf(out, "%d of %zu edges below SFR N/4 %.3f\n", report.failures(),
@@ -174,6 +245,7 @@ std::string csvHeader(const FrameReport& report) {
     h += ",height_percent,azimuth_deg,orientation";
     h += report.limitsPath.empty() ? "" : ",zone,failed_limit";
     h += report.hasLimit ? ",pass" : "";
+    h += report.partial() ? ",state" : "";
     return h;
 }
 
@@ -226,7 +298,13 @@ void printCsvRow(std::FILE* out, const FrameReport& report, const EdgeRow& row) 
         // Quoted: both may hold commas; neither holds a quote (zone names may not).
         std::fprintf(out, ",\"%s\",\"%s\"", row.zone.c_str(), row.failedLimit.c_str());
     }
-    std::fprintf(out, report.hasLimit ? ",%d\n" : "\n", report.passes(row) ? 1 : 0);
+    if (report.hasLimit) {
+        std::fprintf(out, ",%d", report.passes(row) ? 1 : 0);
+    }
+    if (report.partial()) {
+        std::fprintf(out, ",\"%s\"", row.stateText().c_str());
+    }
+    std::fprintf(out, "\n");
 }
 
 namespace {
@@ -257,6 +335,12 @@ Json frameJson(const FrameReport& report) {
     }
     doc["milliseconds"] = report.milliseconds;
     doc["chart_fit_residual_px"] = figure(report.fitResidual);
+    if (report.partial()) {
+        doc["partial"] = {{"member_failure", report.memberFailure},
+                          {"member_exit_status", report.memberExitStatus},
+                          {"verdict", "not the member's: edges measured region by region"},
+                          {"summary", partialSummary(report)}};
+    }
     if (report.hasPrecise) {
         doc["method"] = report.hasPlanes ? "precise, per channel raw" : "precise";
     }
@@ -277,9 +361,16 @@ Json frameJson(const FrameReport& report) {
         const SFREdgeResult& m = row.measured;
         Json e;
         e["index"] = row.index;
-        e["x"] = m.x;
-        e["y"] = m.y;
+        e["x"] = located(row) ? Json(m.x) : Json();
+        e["y"] = located(row) ? Json(m.y) : Json();
         e["side"] = row.side;
+        if (report.partial()) {
+            e["state"] = edgeStateName(row.state);
+            if (row.state == EdgeState::kRefused) {
+                e["reason"] = row.stateText();
+                e["sfr_status"] = row.sfrStatus;
+            }
+        }
         e["sfr_quarter_nyquist"] = figure(m.sfrQuarterNyquist);
         e["sfr_half_nyquist"] = figure(m.sfrHalfNyquist);
         if (report.hasCustom()) {
@@ -337,20 +428,65 @@ cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report, int outputWi
     const double scale = std::max({1.0, canvas.cols / 4000.0, shrink});
     const int thickness = static_cast<int>(std::lround(2 * scale));
     for (const EdgeRow& row : report.rows) {
-        const cv::Scalar colour = !report.hasLimit     ? cv::Scalar(0, 220, 255)
+        if (!located(row)) {
+            continue;  // nowhere to draw it; the banner counts it
+        }
+        const bool measured = row.state == EdgeState::kMeasured;
+        const cv::Scalar colour = !measured            ? cv::Scalar(255, 0, 255)
+                                  : !report.hasLimit   ? cv::Scalar(0, 220, 255)
                                   : report.passes(row) ? cv::Scalar(0, 200, 0)
                                                        : cv::Scalar(0, 0, 255);
         const int half = row.side / 2;
         const cv::Rect box(row.measured.x - half, row.measured.y - half, row.side, row.side);
         cv::rectangle(canvas, box, colour, thickness);
         char label[48];
-        std::snprintf(label, sizeof label, "%d: %.3f", row.index,
-                      static_cast<double>(row.measured.sfrQuarterNyquist));
-        // A dark outline keeps the label readable over the dark squares.
-        const cv::Point at(box.x, box.y - static_cast<int>(6 * scale));
+        if (measured) {
+            std::snprintf(label, sizeof label, "%d: %.3f", row.index,
+                          static_cast<double>(row.measured.sfrQuarterNyquist));
+        } else {
+            std::snprintf(label, sizeof label, "%d: %s", row.index,
+                          row.state == EdgeState::kOffFrame ? "off frame" : "refused");
+        }
+        // A dark outline keeps the label readable over the dark squares; a label that would
+        // run off the picture (an edge at the border) is pulled back inside it.
+        int baseline = 0;
+        const cv::Size text =
+            cv::getTextSize(label, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, thickness, &baseline);
+        const cv::Point at(std::clamp(box.x, 0, std::max(0, canvas.cols - text.width)),
+                           std::clamp(box.y - static_cast<int>(6 * scale), text.height,
+                                      std::max(text.height, canvas.rows - baseline)));
         cv::putText(canvas, label, at, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, cv::Scalar(0, 0, 0),
                     3 * thickness);
         cv::putText(canvas, label, at, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, colour, thickness);
+    }
+    if (report.partial()) {
+        // A dark strip across the top says that this is a diagnosis, not a measurement.
+        const std::string lines[] = {
+            "NOT MEASURED BY " + report.member + ": " + report.memberFailure,
+            partialSummary(report) + "; magenta: not measured"};
+        // As large as the labels, but never wider than the picture.
+        double size = 0.8 * scale;
+        int widest = 0;
+        for (const std::string& line : lines) {
+            int baseline = 0;
+            widest = std::max(
+                widest,
+                cv::getTextSize(line, cv::FONT_HERSHEY_SIMPLEX, size, thickness, &baseline).width);
+        }
+        const int margin = static_cast<int>(std::lround(20 * scale));
+        if (widest > canvas.cols - 2 * margin) {
+            size *= static_cast<double>(std::max(1, canvas.cols - 2 * margin)) / widest;
+        }
+        const int weight =
+            std::max(1, static_cast<int>(std::lround(thickness * size / (0.8 * scale))));
+        const int lineHeight = std::max(2, static_cast<int>(std::lround(50 * size)));
+        cv::rectangle(canvas, cv::Rect(0, 0, canvas.cols, lineHeight * 2 + lineHeight / 2),
+                      cv::Scalar(0, 0, 0), cv::FILLED);
+        for (int i = 0; i < 2; ++i) {
+            cv::putText(canvas, lines[i], cv::Point(margin, lineHeight * (i + 1)),
+                        cv::FONT_HERSHEY_SIMPLEX, size,
+                        i == 0 ? cv::Scalar(80, 80, 255) : cv::Scalar(255, 255, 255), weight);
+        }
     }
     return canvas;
 }

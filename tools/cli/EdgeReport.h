@@ -38,8 +38,21 @@ struct FieldPosition {
     std::string orientation = "none";
 };
 
+// What became of an edge when a frame the member failed on is measured region by region.
+enum class EdgeState {
+    kMeasured,    // its region was cut and measured
+    kNotLocated,  // the locator found no centre for it
+    kOffFrame,    // its region leaves the frame
+    kRefused,     // the SFR refused its region (EdgeRow::sfrStatus says why)
+};
+
+// "measured", "not located", "off the frame", "refused by the SFR".
+const char* edgeStateName(EdgeState state);
+
 struct EdgeRow {
     int index = 0;
+    EdgeState state = EdgeState::kMeasured;
+    int sfrStatus = 0;  // TalonCalSFR's status for a refused region
     SFREdgeResult measured{};
     int side = 0;  // side of the region the member cut
     // On request (FrameReport::hasMtf50, hasPrecise, hasPlanes): MTF50 by the member's own
@@ -58,6 +71,8 @@ struct EdgeRow {
 
     // Distance (px) from the measured centre to the true one.
     double centreError() const;
+    // The state with its reason: "refused by the SFR: edge contrast below 20 %".
+    std::string stateText() const;
 };
 
 struct FrameReport {
@@ -82,6 +97,11 @@ struct FrameReport {
     bool hasPrecise = false;  // every row's precise figures
     bool hasPlanes = false;   // every row's raw colour planes
     std::vector<EdgeRow> rows;
+    // Set when the member failed and the rows were measured region by region instead: the
+    // member's own failure, which stays the frame's verdict.
+    std::string memberFailure;
+    int memberExitStatus = 0;
+    bool partial() const { return !memberFailure.empty(); }
 
     // A custom frequency was asked for (freqDivisor > 0); without one, the custom figure is
     // left out of every output.

@@ -1,11 +1,15 @@
 #include "FrameGrading.h"
 
+#include <chrono>
 #include <cmath>
+#include <cstdio>
+#include <string>
 
 #include "CameraRawFile.h"
 #include "CliError.h"
 #include "FieldPosition.h"
 #include "Grading.h"
+#include "RegionByRegion.h"
 #include "RegionFigures.h"
 
 namespace talonvireo {
@@ -57,11 +61,42 @@ GradedFrame gradeFrameFile(const Member& member, const std::string& path,
     validateParam(member, out.raw.cols, options.param);
     checkSampleDepth(member, out.raw, warnings);
     FrameReport& report = out.report;
-    report = measureRawFrame(member, out.raw, options.param);
+    cv::Mat grey;
+    try {
+        report = measureRawFrame(member, out.raw, options.param);
+    } catch (const CliError& failure) {
+        if (!options.partial || !explainsMemberFailure(failure.status())) {
+            throw;
+        }
+        const auto start = std::chrono::steady_clock::now();
+        grey = memberGrey(member, out.raw);
+        report = measureRegionByRegion(member, grey, options.param);
+        report.milliseconds =
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+                .count();
+        report.memberFailure = failure.what();
+        report.memberExitStatus = failure.status();
+        report.fitResidual = chartFitResidual(member, report);
+        if (report.fitResidual > options.chartFitLimit) {
+            // Figures of another chart's regions would mislead: the member's failure stands.
+            char residual[32];
+            std::snprintf(residual, sizeof residual, "%.1f", report.fitResidual);
+            throw CliError(failure.status(),
+                           std::string(failure.what()) + "; the edges found do not fit the " +
+                               report.project + " chart either (fit residual " + residual + " px)");
+        }
+    }
     report.input = path;
     requireChartFit(report, options.chartFitLimit);
-    const cv::Mat grey = memberGrey(member, out.raw);
+    if (grey.empty()) {
+        grey = memberGrey(member, out.raw);
+    }
     describeField(report, grey);
+    for (EdgeRow& row : report.rows) {
+        if (row.state == EdgeState::kNotLocated) {
+            row.field = FieldPosition{};  // no centre, no place in the field
+        }
+    }
     report.pixelPitchUm = options.pixelPitchUm;
     const bool mtf50 = measuresMtf50(options);
     if (mtf50) {
@@ -69,6 +104,13 @@ GradedFrame gradeFrameFile(const Member& member, const std::string& path,
     }
     if (options.limits) {
         gradeReport(report, *options.limits);
+        for (EdgeRow& row : report.rows) {
+            if (row.state != EdgeState::kMeasured) {
+                row.pass = false;
+                row.failedLimit = row.stateText();
+                row.failedFigure.clear();
+            }
+        }
     }
     return out;
 }

@@ -26,6 +26,10 @@ struct FrameOptions {
     bool planes = false;   // and each raw colour plane's
     std::optional<Limits> limits;
     double pixelPitchUm = std::numeric_limits<double>::quiet_NaN();
+    // When the member fails (chart not located, a region off the frame or refused), measure
+    // region by region instead and return that diagnosis (FrameReport::partial) rather than
+    // throwing.
+    bool partial = false;
 };
 
 // Throws CliError (bad arguments) for options that cannot go together: raw planes without the
@@ -45,7 +49,8 @@ struct GradedFrame {
 // DNG, whose mosaic must be RGGB and no deeper than the member's), checks it against the member
 // (depth warnings to `warnings`), measures it, checks the chart fit, fills every edge's field
 // position, the figures the options ask for and, with limits, every edge's verdict. Throws CliError
-// with the cause of a failure.
+// with the cause of a failure, except for a member failure under options.partial. An edge not
+// measured in a partial report fails any limit, with its state as the reason.
 GradedFrame gradeFrameFile(const Member& member, const std::string& path,
                            const FrameOptions& options, std::FILE* warnings);
 

@@ -32,14 +32,12 @@ void validateParam(const Member& member, int width, const SFRParam& param) {
     }
 }
 
-namespace {
-// The located centres against the member's chart design, both in record-slot order.
 double chartFitResidual(const Member& member, const FrameReport& report) {
     const std::vector<render::EntryTruth> nominal =
         render::recordTruth(member.project, {}, 1.0, report.param.markSearchSize);
     std::vector<cv::Point2d> from, to;
     for (const EdgeRow& row : report.rows) {
-        if (row.index < static_cast<int>(nominal.size())) {
+        if (row.index < static_cast<int>(nominal.size()) && row.state != EdgeState::kNotLocated) {
             from.push_back(nominal[static_cast<std::size_t>(row.index)].centre);
             to.emplace_back(row.measured.x, row.measured.y);
         }
@@ -47,6 +45,8 @@ double chartFitResidual(const Member& member, const FrameReport& report) {
     return from.size() < 2 ? std::numeric_limits<double>::quiet_NaN()
                            : fitChart(from, to).rmsResidual;
 }
+
+namespace {
 
 // A failed call does not say which region failed or why. Measuring again with 2-px regions
 // tells a chart that was found from one that was not: a found first centre lies well inside

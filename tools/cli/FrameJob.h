@@ -31,6 +31,10 @@ void checkSampleDepth(const Member& member, const cv::Mat& raw, std::FILE* warni
 // located, region out of bounds, SFR calculation failed.
 FrameReport measureRawFrame(const Member& member, cv::Mat& raw, SFRParam param);
 
+// The root-mean-square residual (px) of the best similarity fit of the report's located
+// centres onto the member's chart design, slot by slot; NaN with fewer than two centres.
+double chartFitResidual(const Member& member, const FrameReport& report);
+
 // Throws CliError (wrong chart) when the report's chart fit exceeds `limitPx`.
 void requireChartFit(const FrameReport& report, double limitPx = kChartFitLimitPx);
 

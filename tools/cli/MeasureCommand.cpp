@@ -32,7 +32,13 @@ void declare(OptionValues& o) {
     declareFrameArguments(o);
     o.flag("--json", "output as JSON");
     o.flag("--csv", "output as CSV");
-    o.option("--overlay", "OUT.png", "the frame with every region, its index and SFR at Nyquist/4");
+    o.option("--overlay", "OUT.png",
+             "the frame with every region, its index and SFR at Nyquist/4; when the member "
+             "fails, a diagnosis: where each edge was found and which failed");
+    o.flag("--partial",
+           "when the member fails, measure its regions one by one and report them, each edge "
+           "with its state (measured, not located, off the frame, refused by the SFR); the "
+           "exit status stays the member's failure");
     o.option("--overlay-width", "INT", "shrink the overlay picture to W pixels across");
     o.option("--field-plot", "OUT.png",
              "the field at a glance: every edge coloured by its SFR at Nyquist/4 over a faint "
@@ -48,7 +54,8 @@ void declare(OptionValues& o) {
         "arguments (a limits file's error names its line), 3 unreadable\n"
         "file, 4 file size not W x H x 2, 5 chart not located, 6 region out of bounds,\n"
         "7 SFR calculation failed, 8 any other failure, 9 not the member's chart,\n"
-        "10 samples exceed the member's bit depth");
+        "10 samples exceed the member's bit depth; with --partial, 5 to 8 come with the\n"
+        "region-by-region report");
 }
 
 int run(const OptionValues& o) {
@@ -61,7 +68,9 @@ int run(const OptionValues& o) {
     if (o.has("--limits") && o.has("--min-sfr")) {
         throw CliError(kExitBadArguments, "--limits and --min-sfr exclude each other");
     }
-    const FrameOptions options = frameArguments(o);
+    FrameOptions options = frameArguments(o);
+    // The overlay needs the diagnosis too when the member fails.
+    options.partial = o.has("--partial") || o.has("--overlay");
     const double minSfr = o.number("--min-sfr", 0.0, 0.0, 2.0);
     const int overlayWidth = o.integer("--overlay-width", 0, 1, kMaxSide);
     if (o.has("--overlay")) {
@@ -75,6 +84,17 @@ int run(const OptionValues& o) {
 
     GradedFrame graded = gradeFrameFile(*member, o.text("FRAME"), options, stderr);
     FrameReport& report = graded.report;
+    const auto writeOverlay = [&] {
+        writeImage(o.text("--overlay"),
+                   shrinkTo(drawOverlay(greyView(graded.raw, member->bits), report, overlayWidth),
+                            overlayWidth));
+    };
+    const ExitStatus memberFailure = static_cast<ExitStatus>(report.memberExitStatus);
+    if (report.partial() && !o.has("--partial")) {
+        writeOverlay();
+        throw CliError(memberFailure,
+                       report.memberFailure + " (the overlay shows where each edge was found)");
+    }
     if (o.has("--min-sfr")) {
         report.hasLimit = true;
         report.minSfr = minSfr;
@@ -87,15 +107,18 @@ int run(const OptionValues& o) {
         printTable(stdout, report);
     }
     if (o.has("--overlay")) {
-        writeImage(o.text("--overlay"),
-                   shrinkTo(drawOverlay(greyView(graded.raw, member->bits), report, overlayWidth),
-                            overlayWidth));
+        writeOverlay();
     }
     if (o.has("--field-plot")) {
         writeImage(o.text("--field-plot"), plotField(greyView(graded.raw, member->bits), report));
     }
     if (o.has("--field-curve")) {
         writeImage(o.text("--field-curve"), plotFieldCurve(report, true));
+    }
+    if (report.partial()) {
+        std::fprintf(stderr, "talonvireo-sfr measure: %s (partial, region by region, on stdout)\n",
+                     report.memberFailure.c_str());
+        return memberFailure;
     }
     return report.failures() == 0 ? kExitOk : kExitBelowLimit;
 }

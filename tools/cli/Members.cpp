@@ -47,6 +47,20 @@ int Member::regionSide(int index, int count, int roiSize) const {
     return roiSize;
 }
 
+MemberChart Member::chart() const {
+    switch (project) {
+        case ChartProject::K31R22BX:
+            return MemberChart::kK31R22BX;
+        case ChartProject::K74T16BX:
+            return eightK ? MemberChart::kK74T16BX8K : MemberChart::kK74T16BX;
+        case ChartProject::HLX6C:
+            return eightK ? MemberChart::kHLX6C8K : MemberChart::kHLX6C;
+        case ChartProject::K83P09BQ:
+            return MemberChart::kK83P09BQ;
+    }
+    return MemberChart::kK74T16BX;
+}
+
 std::vector<Member> allMembers() {
     using P = ChartProject;
     const Entry<SFRResult> full10 = talonvireoSFR;

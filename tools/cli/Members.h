@@ -28,6 +28,8 @@ struct Member {
 
     // Side of the region the member cuts round entry `index` of `count`.
     int regionSide(int index, int count, int roiSize) const;
+    // The chart and working scale the member locates (for locateMemberEdges).
+    MemberChart chart() const;
 };
 
 std::vector<Member> allMembers();
