@@ -255,8 +255,8 @@ private:
 };
 
 py::object measureFiles(py::iterable paths, const std::string& member, int width, int height,
-                        const std::string& packing, int roiSize, int markSearchSize,
-                        double freqDivisor, std::optional<std::string> limits,
+                        const std::string& packing, int stride, int offset, int roiSize,
+                        int markSearchSize, double freqDivisor, std::optional<std::string> limits,
                         const std::string& method, bool perChannelRaw,
                         std::optional<std::string> pixelPitch) {
     const std::vector<cli::Member> members = cli::allMembers();
@@ -272,6 +272,12 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
         options.layout.width = width;
         options.layout.height = height;
         options.layout.packing = cli::parsePacking(packing);
+        options.layout.stride = stride;
+        options.layout.offset = offset;
+        if (stride < 0 || offset < 0) {
+            throw cli::CliError(cli::kExitBadArguments, "stride and offset are byte counts >= 0");
+        }
+        cli::checkRawLayout(options.layout);
         options.precise = cli::parseMethod(method) == SfrMethod::kPrecise;
         options.planes = perChannelRaw;
         if (limits) {
@@ -422,12 +428,15 @@ PYBIND11_MODULE(talonvireo, m) {
           "or where the figure does not exist). Raises ChartNotLocated, SfrCalculationFailed, "
           "InvalidInput; TypeError for anything but a 2-D uint16 array.");
     m.def("measure_files", &measureFiles, py::arg("paths"), py::arg("member"), py::arg("width") = 0,
-          py::arg("height") = 0, py::arg("packing") = "words16", py::arg("roi_size") = 80,
-          py::arg("mark_search_size") = 100, py::arg("freq_divisor") = 0.0,
-          py::arg("limits") = py::none(), py::arg("method") = "classic",
-          py::arg("per_channel_raw") = false, py::arg("pixel_pitch") = py::none(),
-          "Measures frame files (raw words with width and height, MIPI RAW10 with "
-          "packing='mipi10', or 16-bit PGM/PNG/TIFF) with one member, exactly as "
+          py::arg("height") = 0, py::arg("packing") = "words16", py::arg("stride") = 0,
+          py::arg("offset") = 0, py::arg("roi_size") = 80, py::arg("mark_search_size") = 100,
+          py::arg("freq_divisor") = 0.0, py::arg("limits") = py::none(),
+          py::arg("method") = "classic", py::arg("per_channel_raw") = false,
+          py::arg("pixel_pitch") = py::none(),
+          "Measures frame files (raw words with width and height; packing='mipi10', 'mipi12' "
+          "or 'raw8'; stride= bytes per padded line, offset= header bytes; a 16-bit "
+          "PGM/PNG/TIFF; or a camera raw file such as DNG, read through LibRaw) with one "
+          "member, exactly as "
           "talonvireo-sfr measure does, and returns a pandas DataFrame with one row per edge: "
           "file, error (None), edge, x, y, side, the member's figures, height_percent, "
           "azimuth_deg, orientation, and as asked mtf50 (limits needing it, pixel_pitch, "

@@ -269,6 +269,24 @@ def test_measure_files_returns_one_row_per_edge_and_one_per_failed_frame(frame_f
     assert a.drop(columns="file").equals(b.drop(columns="file"))
 
 
+def test_measure_files_reads_padded_lines_after_a_header(frame_files, tmp_path):
+    words = np.fromfile(frame_files[0], dtype="<u2").reshape(3000, 4000)
+    padded = np.zeros((3000, 4000 + 24), dtype="<u2")  # 48 padding bytes per line
+    padded[:, :4000] = words
+    path = tmp_path / "padded.raw"
+    path.write_bytes(b"HDR" * 100 + padded.tobytes())
+    table = talonvireo.measure_files([str(path)], HLX6C_RAW10, width=4000, height=3000,
+                                     stride=2 * (4000 + 24), offset=300)
+    plain = talonvireo.measure_files(frame_files[:1], HLX6C_RAW10, width=4000, height=3000)
+    assert table["error"].isna().all() and len(table) == 52
+    assert table.drop(columns="file").equals(plain.drop(columns="file"))
+    # Without its layout the file is one row with the cause, naming the size it expected.
+    wrong = talonvireo.measure_files([str(path)], HLX6C_RAW10, width=4000, height=3000)
+    assert len(wrong) == 1 and "bytes" in wrong["error"].iloc[0]
+    with pytest.raises(talonvireo.InvalidInput, match="stride"):
+        talonvireo.measure_files([str(path)], HLX6C_RAW10, width=4000, height=3000, stride=100)
+
+
 def test_measure_files_grades_against_limits_and_gives_units(frame_files, tmp_path):
     limits = tmp_path / "limits.toml"
     limits.write_text('[[zone]]\nname = "all"\nmax_height = 100\nmtf50 = 0.999\n')
