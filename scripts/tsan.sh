@@ -7,7 +7,9 @@
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 build="${1:-$root/build-tsan}"
+# -O1 and line tables: enough for ThreadSanitizer's reports, and a quicker build.
 CC=clang-14 CXX=clang++-14 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" \
     -DTALONVIREO_TSAN=ON -DTALONVIREO_BUILD_BENCH=OFF -DTALONVIREO_BUILD_PYTHON=OFF >/dev/null
 cmake --build "$build" --parallel "$(nproc)" --target talonvireo_concurrency_tests
 OMP_TOOL_LIBRARIES=/usr/lib/llvm-14/lib/libarcher.so \
