@@ -1,7 +1,9 @@
-// The six exported locate functions on small fuzzed grey frames and ring sizes: status 0 or
-// -1, and -1 leaves the caller's result as it was.
+// The six exported locate functions and locateMemberEdges on small fuzzed grey frames, ring
+// sizes and charts: status 0 or -1 (the slot count or -1), and -1 leaves the caller's result
+// as it was; every slot of a count holds a centre or NaN, NaN.
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "FuzzInput.h"
 #include "talonvireo/talonVireoSFR.h"
@@ -22,11 +24,29 @@ void run(int (*locate)(unsigned char*, int, int, Param, Result&), unsigned char*
         contract(std::memcmp(&result, &before, sizeof result) == 0);
     }
 }
+// One of the six charts (or an unknown one), with a capacity that may fall short.
+void runMemberEdges(const unsigned char* img, int width, int height, int mark, int chart,
+                    int capacity) {
+    std::vector<talonvireo::EdgeCentre> centres(68, talonvireo::EdgeCentre{-3.0f, -3.0f});
+    const int count = talonvireo::locateMemberEdges(img, width, height,
+                                                    static_cast<talonvireo::MemberChart>(chart),
+                                                    mark, centres.data(), capacity);
+    contract(count == -1 || count == 52 || count == 68);
+    contract(count <= capacity);
+    for (int i = 0; i < 68; ++i) {
+        const talonvireo::EdgeCentre& c = centres[static_cast<std::size_t>(i)];
+        if (i >= count) {
+            contract(c.x == -3.0f && c.y == -3.0f);  // nothing written past the count
+        } else {
+            contract((c.x == c.x) == (c.y == c.y));  // both NaN or neither
+        }
+    }
+}
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzInput in(data, size);
-    const int which = in.take<std::uint8_t>() % 6;
+    const int which = in.take<std::uint8_t>() % 7;
     const int width = foldSize(in.take<std::int16_t>(), 320);
     const int height = foldSize(in.take<std::int16_t>(), 240);
     const int mark = in.take<std::int16_t>();
@@ -51,8 +71,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         case 4:
             run(K83P09BQ::SFRLocate_K83P09BQ, img, width, height, mark);
             break;
-        default:
+        case 5:
             run(K83P09BQ::SFRLocate_K83P09BQ_2, img, width, height, mark);
+            break;
+        default:
+            runMemberEdges(img, width, height, mark, (flags >> 1) % 8 - 1,
+                           (flags & 0x10) ? 52 + (flags >> 5) % 17 : 68);
             break;
     }
     return 0;
