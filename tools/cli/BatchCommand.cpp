@@ -100,6 +100,8 @@ int run(const OptionValues& o) {
     std::optional<ResultDatabase> db;
     BatchTally tally;
     std::vector<FrameFileEntry> frames;
+    std::vector<FrameReport> reports;  // for the summary plot: the whole tray
+    const bool plot = o.has("--summary-plot");
     if (o.has("--db")) {
         db.emplace(o.text("--db"));
         const std::map<FrameKey, RecordedFrame> recorded = db->recordedFrames(runRecord.configKey);
@@ -107,8 +109,14 @@ int run(const OptionValues& o) {
             const auto it = recorded.find(FrameKey{f.path, f.size, f.modifiedNs});
             if (it == recorded.end()) {
                 frames.push_back(f);
-            } else {
-                tally.addRecorded(it->second.measured, it->second.failure);
+                continue;
+            }
+            tally.addRecorded(it->second.measured, it->second.failure);
+            if (plot && it->second.measured) {
+                FrameReport earlier;
+                earlier.input = f.path;
+                earlier.rows = db->recordedEdges(it->second.frameId);
+                reports.push_back(std::move(earlier));
             }
         }
     } else {
@@ -119,8 +127,6 @@ int run(const OptionValues& o) {
     tally.graded = options.limits.has_value();
     BatchRecordFiles files(reportLayout(member, options), o.text("--csv"), o.text("--jsonl"));
     const std::int64_t runId = db ? db->beginRun(runRecord) : 0;
-    std::vector<FrameReport> reports;  // for the summary plot
-    const bool plot = o.has("--summary-plot");
 
     const auto start = std::chrono::steady_clock::now();
     {

@@ -72,7 +72,7 @@ cv::Mat plotBatchSummary(const std::vector<FrameReport>& reports, const Limits* 
     char header[256];
     std::snprintf(header, sizeof header,
                   "SFR at Nyquist/4 by field zone   %s   %d frames measured of %d, yield %.1f %%",
-                  member.c_str(), tally.measured, tally.done, tally.yieldPercent());
+                  member.c_str(), tally.measured, tally.counted(), tally.yieldPercent());
     plotLabel(img, header, {10, 22}, ink);
     plotLabel(img, limits != nullptr ? "limits " + limits->path : "zones: image height bands",
               {10, 44}, ink);

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <fstream>
 #include <iterator>
+#include <limits>
 
 #include "PixelPitch.h"
 #include "ToolVersion.h"
@@ -142,6 +143,13 @@ public:
         return v == nullptr ? "" : reinterpret_cast<const char*>(v);
     }
     std::int64_t columnInteger(int k) const { return sqlite3_column_int64(statement_, k); }
+    // NaN for NULL.
+    double columnNumber(int k) const {
+        return sqlite3_column_type(statement_, k) == SQLITE_NULL
+                   ? std::numeric_limits<double>::quiet_NaN()
+                   : sqlite3_column_double(statement_, k);
+    }
+    bool columnIsNull(int k) const { return sqlite3_column_type(statement_, k) == SQLITE_NULL; }
 
 private:
     sqlite3* db_;
@@ -206,7 +214,8 @@ void ResultDatabase::execute(const char* sql) const {
 std::map<FrameKey, RecordedFrame> ResultDatabase::recordedFrames(
     const std::string& configKey) const {
     Statement query(db_,
-                    "SELECT f.path, f.size_bytes, f.modified_ns, f.pass IS NOT NULL, f.failure "
+                    "SELECT f.path, f.size_bytes, f.modified_ns, f.pass IS NOT NULL, f.failure, "
+                    "f.id "
                     "FROM frames f JOIN runs r ON f.run_id = r.id WHERE r.config_key = ? "
                     "ORDER BY f.id");
     query.text(configKey);
@@ -215,9 +224,36 @@ std::map<FrameKey, RecordedFrame> ResultDatabase::recordedFrames(
         // The latest record of a frame wins.
         frames[FrameKey{query.columnText(0), static_cast<std::uint64_t>(query.columnInteger(1)),
                         query.columnInteger(2)}] =
-            RecordedFrame{query.columnInteger(3) != 0, query.columnText(4)};
+            RecordedFrame{query.columnInteger(3) != 0, query.columnText(4), query.columnInteger(5)};
     }
     return frames;
+}
+
+std::vector<EdgeRow> ResultDatabase::recordedEdges(std::int64_t frameId) const {
+    Statement query(db_,
+                    "SELECT slot, x, y, side, height_percent, azimuth_deg, orientation, zone, "
+                    "sfr_quarter_nyquist, sfr_half_nyquist, mtf50, pass, failed_limit FROM edges "
+                    "WHERE frame_id = ? ORDER BY slot");
+    query.integer(frameId);
+    std::vector<EdgeRow> rows;
+    while (query.step()) {
+        EdgeRow row;
+        row.index = static_cast<int>(query.columnInteger(0));
+        row.measured.x = static_cast<int>(query.columnInteger(1));
+        row.measured.y = static_cast<int>(query.columnInteger(2));
+        row.side = static_cast<int>(query.columnInteger(3));
+        row.field.heightPercent = query.columnNumber(4);
+        row.field.azimuthDeg = query.columnNumber(5);
+        row.field.orientation = query.columnText(6);
+        row.zone = query.columnText(7);
+        row.measured.sfrQuarterNyquist = static_cast<float>(query.columnNumber(8));
+        row.measured.sfrHalfNyquist = static_cast<float>(query.columnNumber(9));
+        row.mtf50 = query.columnNumber(10);
+        row.pass = query.columnIsNull(11) || query.columnInteger(11) != 0;
+        row.failedLimit = query.columnText(12);
+        rows.push_back(row);
+    }
+    return rows;
 }
 
 std::int64_t ResultDatabase::beginRun(const RunRecord& run) {

@@ -24,6 +24,7 @@
 #include <map>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "FrameOutcome.h"
 
@@ -49,6 +50,7 @@ using FrameKey = std::tuple<std::string, std::uint64_t, std::int64_t>;
 struct RecordedFrame {
     bool measured = false;
     std::string failure;  // FrameOutcome::failure
+    std::int64_t frameId = 0;
 };
 
 class ResultDatabase {
@@ -62,6 +64,9 @@ public:
 
     // The frames earlier runs of this configuration recorded.
     std::map<FrameKey, RecordedFrame> recordedFrames(const std::string& configKey) const;
+    // A recorded frame's edges as report rows (slot, centre, side, field position, zone, SFR
+    // at Nyquist/4 and /2, MTF50, pass), for a summary over frames measured earlier.
+    std::vector<EdgeRow> recordedEdges(std::int64_t frameId) const;
     // Starts a run; returns its id.
     std::int64_t beginRun(const RunRecord& run);
     // Records one frame and its edges, in one transaction. Throws CliError (kExitFailed).

@@ -134,6 +134,17 @@ def test_a_batch_run_again_skips_the_frames_it_recorded(tray, tmp_path):
     assert con.execute("SELECT count(*) FROM frames").fetchone()[0] == 4 + 0 + 1 + 4
 
 
+def test_the_summary_plot_of_a_batch_run_again_covers_the_frames_recorded_before(tray, tmp_path):
+    db = tmp_path / "r.sqlite"
+    whole, resumed = tmp_path / "whole.png", tmp_path / "resumed.png"
+    first = run_batch(str(tray), db=db, limits=LIMITS, summary_plot=whole)
+    assert "4 done now" in first.stdout
+    again = run_batch(str(tray), db=db, limits=LIMITS, summary_plot=resumed)
+    assert "4 already recorded (skipped), 0 done now" in again.stdout
+    # Drawn from the database's edges, the plot is the very picture the first run drew.
+    assert resumed.read_bytes() == whole.read_bytes()
+
+
 def many_frames(tray, count):
     for k in range(count):
         os.link(tray / "a.raw", tray / f"copy{k:02d}.raw")
