@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer harnesses with clang-14 (AddressSanitizer + UndefinedBehaviorSanitizer)
-# and runs each for FUZZ_SECONDS (default 30) from the seed corpus in fuzz/corpus. A crash,
+# and runs each for FUZZ_SECONDS (default 30), one per core at a time, from the seed corpus in fuzz/corpus. A crash,
 # a sanitizer report, a leak, a broken contract or a timeout fails the run; the input is
 # left in the build folder. New inputs go to a scratch corpus, never into the repository.
 set -euo pipefail
@@ -17,20 +17,37 @@ CC=clang-14 CXX=clang++-14 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWi
 harnesses=(RegionSfrFuzz RegionListFuzz LocateFuzz FrameMeasurementFuzz ConvertFuzz GreyRoadDiffFuzz)
 cmake --build "$build" --parallel "$(nproc)" --target "${harnesses[@]}"
 
-total=0
-for h in "${harnesses[@]}"; do
-    work="$build/corpus-work/$h"
+# One harness per core at a time, each for its full time.
+run_harness() {
+    local h="$1" work="$build/corpus-work/$1" log="$build/$1.log"
     mkdir -p "$work" "$build/artifacts"
+    (cd "$build/artifacts" && "$build/fuzz/$h" -max_total_time="$seconds" -timeout=20 \
+        -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$build/artifacts/$h-" \
+        "$work" "$root/fuzz/corpus/$h") >"$log" 2>&1
+}
+slots="$(nproc)"
+pids=()
+for h in "${harnesses[@]}"; do
+    while [ "$(jobs -rp | wc -l)" -ge "$slots" ]; do
+        wait -n || true
+    done
+    run_harness "$h" &
+    pids+=("$!")
+done
+total=0
+failed=0
+for i in "${!harnesses[@]}"; do
+    h="${harnesses[$i]}"
     log="$build/$h.log"
-    if ! (cd "$build/artifacts" && "$build/fuzz/$h" -max_total_time="$seconds" -timeout=20 \
-            -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$build/artifacts/$h-" \
-            "$work" "$root/fuzz/corpus/$h") >"$log" 2>&1; then
+    if ! wait "${pids[$i]}"; then
         tail -40 "$log"
         echo "fuzz: $h FAILED (log $log, input in $build/artifacts)" >&2
-        exit 1
+        failed=1
+        continue
     fi
     runs="$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")"
     total=$((total + runs))
     echo "fuzz: $h: $runs executions in ${seconds} s, no findings"
 done
+[ "$failed" -eq 0 ] || exit 1
 echo "fuzz: $total executions in total"

@@ -4,8 +4,10 @@
 // depth, and rendered chart frames.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdint>
 #include <random>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -107,41 +109,57 @@ TEST(GreyRoadOracle, UnpackingMatchesThePlainRuleForEveryWordAndLength) {
     });
 }
 
-TEST(GreyRoadOracle, MalvarRoadMatchesThePlainRenditionOnRandomFrames) {
-    forEachTarget([] {
-        std::mt19937 rng(11);
-        for (const auto& [w, h] : frameSizes()) {
-            for (int bits : kDepths) {
-                const cv::Mat words = randomWords(w, h, bits, rng);
-                for (int phase = 0; phase < 4; ++phase) {
-                    ASSERT_TRUE(same(fastMalvar(words, bits, phase),
-                                     talonvireo::testing::oracleMalvarGrey(words, bits, phase)))
-                        << w << " x " << h << ", " << bits << " bits, phase " << phase;
-                }
+// The random-frame comparisons once per instruction set, each its own test: the sets run
+// side by side under ctest, which keeps the slow sanitizer builds' run short.
+class GreyRoadOracleOnTarget : public ::testing::TestWithParam<std::int64_t> {
+protected:
+    void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
+    void TearDown() override { hwy::SetSupportedTargetsForTest(0); }
+};
+
+TEST_P(GreyRoadOracleOnTarget, MalvarRoadMatchesThePlainRenditionOnRandomFrames) {
+    std::mt19937 rng(11);
+    for (const auto& [w, h] : frameSizes()) {
+        for (int bits : kDepths) {
+            const cv::Mat words = randomWords(w, h, bits, rng);
+            for (int phase = 0; phase < 4; ++phase) {
+                ASSERT_TRUE(same(fastMalvar(words, bits, phase),
+                                 talonvireo::testing::oracleMalvarGrey(words, bits, phase)))
+                    << w << " x " << h << ", " << bits << " bits, phase " << phase;
             }
         }
-    });
+    }
 }
 
-TEST(GreyRoadOracle, EdgeDirectedRoadMatchesThePlainRenditionOnRandomFrames) {
-    forEachTarget([] {
-        std::mt19937 rng(12);
-        const convert::MosaicPhase phases[] = {convert::kPhaseRggb, convert::kPhaseGrbg,
-                                               convert::kPhaseGbrg, convert::kPhaseBggr};
-        for (const auto& [w, h] : frameSizes()) {
-            for (int bits : kDepths) {
-                const cv::Mat words = randomWords(w, h, bits, rng);
-                for (const convert::MosaicPhase& phase : phases) {
-                    ASSERT_TRUE(same(fastEdgeDirected(words, bits, phase),
-                                     talonvireo::testing::oracleEdgeDirectedGrey(
-                                         words, bits, phase.rowShift, phase.colShift)))
-                        << w << " x " << h << ", " << bits << " bits, shifts " << phase.rowShift
-                        << phase.colShift;
-                }
+TEST_P(GreyRoadOracleOnTarget, EdgeDirectedRoadMatchesThePlainRenditionOnRandomFrames) {
+    std::mt19937 rng(12);
+    const convert::MosaicPhase phases[] = {convert::kPhaseRggb, convert::kPhaseGrbg,
+                                           convert::kPhaseGbrg, convert::kPhaseBggr};
+    for (const auto& [w, h] : frameSizes()) {
+        for (int bits : kDepths) {
+            const cv::Mat words = randomWords(w, h, bits, rng);
+            for (const convert::MosaicPhase& phase : phases) {
+                ASSERT_TRUE(same(fastEdgeDirected(words, bits, phase),
+                                 talonvireo::testing::oracleEdgeDirectedGrey(
+                                     words, bits, phase.rowShift, phase.colShift)))
+                    << w << " x " << h << ", " << bits << " bits, shifts " << phase.rowShift
+                    << phase.colShift;
             }
         }
-    });
+    }
 }
+
+// Every instruction set compiled in and supported here (SSSE3 to AVX-512 and the portable
+// fallbacks).
+INSTANTIATE_TEST_SUITE_P(EveryTarget, GreyRoadOracleOnTarget,
+                         ::testing::ValuesIn(hwy::SupportedAndGeneratedTargets()),
+                         [](const ::testing::TestParamInfo<std::int64_t>& info) {
+                             std::string name = hwy::TargetName(info.param);
+                             for (char& c : name) {
+                                 c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+                             }
+                             return name;
+                         });
 
 TEST(GreyRoadOracle, BothRoadsMatchThePlainRenditionsOnRenderedChartFrames) {
     render::ChartTransform placement;
