@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The whole test suite: set up, build, run every test; the same suite once more under
-# AddressSanitizer + UndefinedBehaviorSanitizer; then the libFuzzer harnesses (about 30 s
+# AddressSanitizer + UndefinedBehaviorSanitizer (clang); then the libFuzzer harnesses (about 30 s
 # each), ThreadSanitizer over the concurrency tests and valgrind over the end-to-end tests.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
@@ -17,9 +17,9 @@ echo "== tests (Release)"
 ctest --test-dir "$root/build" --output-on-failure -j "$jobs"
 
 echo "== build (AddressSanitizer + UndefinedBehaviorSanitizer)"
-# -O1 and line tables only: the sanitizers need no more (the whole CI run went from 22 to 19
-# minutes with it).
-BUILD_TYPE=RelWithDebInfo "$root/scripts/build.sh" "$root/build-asan" \
+# clang-14 at -O1 with line tables only: the sanitizers need no more, and clang builds this
+# tree in 3 minutes where GCC takes 5 (the Release tree above stays GCC's).
+CC=clang-14 CXX=clang++-14 BUILD_TYPE=RelWithDebInfo "$root/scripts/build.sh" "$root/build-asan" \
     -DTALONVIREO_SANITIZE=ON -DTALONVIREO_BUILD_BENCH=OFF -DTALONVIREO_BUILD_PYTHON=OFF \
     "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG"
 echo "== tests (AddressSanitizer + UndefinedBehaviorSanitizer)"

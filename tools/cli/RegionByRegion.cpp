@@ -12,7 +12,6 @@ namespace talonvireo {
 namespace cli {
 
 namespace {
-constexpr int kGrey8 = 256;     // PixelFormat code of packed 8-bit grey
 constexpr int kMostEdges = 68;  // K31R22BX: two layouts of 34
 
 // A centre as the member stores it: truncated toward zero. false for one that is not a number
@@ -82,7 +81,8 @@ FrameReport measureRegionByRegion(const Member& member, const cv::Mat& grey,
         cv::Mat region = grey(cut).clone();
         tagSFRResult sfr{};
         sfr.nyquistDivisor = static_cast<double>(param.freqDivisor);
-        const int status = TalonCalSFR(region.data, region.cols, region.rows, kGrey8, sfr);
+        const int status =
+            TalonCalSFR(region.data, region.cols, region.rows, PixelFormat::Grey8, sfr);
         if (status != 0) {
             row.state = EdgeState::kRefused;
             row.sfrStatus = status;
