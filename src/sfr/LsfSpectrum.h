@@ -1,8 +1,9 @@
-// Spectrum of a line spread function: the SFR at whatever frequency a caller asks for.
+// The precise method's SFR read off a line spread at any frequency a caller names.
 //
-// Each frequency gets its own direct sum over the line spread's samples, so MTF50 is solved
-// on the continuous curve. The modulus is scaled to 1 at zero frequency, and the Gaussian
-// kernel that smoothed the line spread is divided back out.
+// The spectrum is evaluated frequency by frequency from the line spread's samples, so MTF50
+// can be solved on a continuous curve instead of between fixed bins. The magnitude is taken
+// relative to its value at zero frequency, and the Gaussian kernel that smoothed the line
+// spread has its transfer divided back out.
 #pragma once
 
 #include <vector>
