@@ -436,8 +436,7 @@ cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report, int outputWi
                                   : !report.hasLimit   ? cv::Scalar(0, 220, 255)
                                   : report.passes(row) ? cv::Scalar(0, 200, 0)
                                                        : cv::Scalar(0, 0, 255);
-        const int half = row.side / 2;
-        const cv::Rect box(row.measured.x - half, row.measured.y - half, row.side, row.side);
+        const cv::Rect box = row.region();
         cv::rectangle(canvas, box, colour, thickness);
         char label[48];
         if (measured) {

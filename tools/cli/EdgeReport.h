@@ -71,6 +71,12 @@ struct EdgeRow {
 
     // Distance (px) from the measured centre to the true one.
     double centreError() const;
+    // The region the member cuts round the edge: its top-left corner at the centre less half
+    // the side (integer halves, as the members take them).
+    cv::Rect region() const {
+        const int half = side / 2;
+        return {measured.x - half, measured.y - half, side, side};
+    }
     // The state with its reason: "refused by the SFR: edge contrast below 20 %".
     std::string stateText() const;
 };

@@ -48,8 +48,7 @@ FieldPosition fieldPosition(double x, double y, int width, int height, double no
 void describeField(FrameReport& report, const cv::Mat& grey) {
     const cv::Rect frame(0, 0, grey.cols, grey.rows);
     for (EdgeRow& row : report.rows) {
-        const int half = row.side / 2;
-        const cv::Rect cut(row.measured.x - half, row.measured.y - half, row.side, row.side);
+        const cv::Rect cut = row.region();
         const double normal =
             (cut & frame) == cut && row.side >= 3 ? normalDirection(grey(cut)) : std::nan("");
         row.field =

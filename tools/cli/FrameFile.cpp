@@ -43,12 +43,26 @@ std::vector<unsigned char> readBytes(const std::string& path) {
     return bytes;
 }
 
+// MIPI CSI-2 RAW10 and RAW12: a group of `lanes` samples is one byte of high bits per
+// sample, then one byte of their `lowBits` low bits, sample 0 in the lowest (RAW10: 4
+// samples in 5 bytes, RAW12: 2 in 3).
+struct MipiGroup {
+    int lowBits;
+    int lanes;
+};
+
+MipiGroup mipiGroup(Packing packing) {
+    const int low = packingBits(packing) - 8;
+    return {low, 8 / low};
+}
+
 std::uint64_t packedSize(std::uint64_t samples, Packing packing) {
     switch (packing) {
         case Packing::Mipi10:
-            return (samples * 5 + 3) / 4;
-        case Packing::Mipi12:
-            return (samples * 3 + 1) / 2;
+        case Packing::Mipi12: {
+            const MipiGroup g = mipiGroup(packing);
+            return (samples * (g.lanes + 1) + g.lanes - 1) / g.lanes;
+        }
         case Packing::Raw8:
             return samples;
         case Packing::Words16:
@@ -81,18 +95,14 @@ void packSamples(const unsigned short* in, std::uint64_t count, Packing packing,
                 out[2 * k] = static_cast<unsigned char>(v & 0xFF);
                 out[2 * k + 1] = static_cast<unsigned char>(v >> 8);
                 break;
-            case Packing::Mipi10: {
-                unsigned char* group = out + k / 4 * 5;
-                const int lane = static_cast<int>(k % 4);
-                group[lane] = static_cast<unsigned char>((v >> 2) & 0xFF);
-                group[4] = static_cast<unsigned char>(group[4] | (v & 0x3) << (2 * lane));
-                break;
-            }
+            case Packing::Mipi10:
             case Packing::Mipi12: {
-                unsigned char* group = out + k / 2 * 3;
-                const int lane = static_cast<int>(k % 2);
-                group[lane] = static_cast<unsigned char>((v >> 4) & 0xFF);
-                group[2] = static_cast<unsigned char>(group[2] | (v & 0xF) << (4 * lane));
+                const MipiGroup g = mipiGroup(packing);
+                unsigned char* group = out + k / g.lanes * (g.lanes + 1);
+                const int lane = static_cast<int>(k % g.lanes);
+                group[lane] = static_cast<unsigned char>((v >> g.lowBits) & 0xFF);
+                group[g.lanes] = static_cast<unsigned char>(
+                    group[g.lanes] | (v & ((1u << g.lowBits) - 1)) << (g.lowBits * lane));
                 break;
             }
             case Packing::Raw8:
@@ -112,25 +122,17 @@ void unpackSamples(const unsigned char* in, std::uint64_t count, Packing packing
             }
             return;
         case Packing::Mipi10:
-            // Bytes 0-3 hold bits 9..2 of four samples, byte 4 their bits 1..0, sample 0 in
-            // the lowest pair.
+        case Packing::Mipi12: {
+            const MipiGroup g = mipiGroup(packing);
             for (std::uint64_t k = 0; k < count; ++k) {
-                const unsigned char* group = in + k / 4 * 5;
-                const int lane = static_cast<int>(k % 4);
-                out[k] = static_cast<unsigned short>((group[lane] << 2) |
-                                                     ((group[4] >> (2 * lane)) & 0x3));
+                const unsigned char* group = in + k / g.lanes * (g.lanes + 1);
+                const int lane = static_cast<int>(k % g.lanes);
+                out[k] = static_cast<unsigned short>(
+                    (group[lane] << g.lowBits) |
+                    ((group[g.lanes] >> (g.lowBits * lane)) & ((1 << g.lowBits) - 1)));
             }
             return;
-        case Packing::Mipi12:
-            // Bytes 0-1 hold bits 11..4 of two samples, byte 2 their bits 3..0, sample 0 in
-            // the low nibble.
-            for (std::uint64_t k = 0; k < count; ++k) {
-                const unsigned char* group = in + k / 2 * 3;
-                const int lane = static_cast<int>(k % 2);
-                out[k] = static_cast<unsigned short>((group[lane] << 4) |
-                                                     ((group[2] >> (4 * lane)) & 0xF));
-            }
-            return;
+        }
         case Packing::Raw8:
             std::copy(in, in + count, out);
             return;

@@ -70,9 +70,7 @@ FrameReport measureRegionByRegion(const Member& member, const cv::Mat& grey,
         }
         row.measured.x = x;
         row.measured.y = y;
-        // The member's cut: the top-left corner at the centre less half the side.
-        const int half = row.side / 2;
-        const cv::Rect cut(x - half, y - half, row.side, row.side);
+        const cv::Rect cut = row.region();
         if ((cut & frame) != cut) {
             row.state = EdgeState::kOffFrame;
             report.rows.push_back(row);

@@ -61,9 +61,7 @@ void addRegionFigures(FrameReport& report, const Member& member, const cv::Mat& 
     perPlane.perChannelRaw = true;
     const cv::Rect frame(0, 0, raw.cols, raw.rows);
     for (EdgeRow& row : report.rows) {
-        // Exactly the member's cut: the top-left corner at the centre less half the side.
-        const int half = row.side / 2;
-        const cv::Rect cut(row.measured.x - half, row.measured.y - half, row.side, row.side);
+        const cv::Rect cut = row.region();  // exactly the member's cut
         if ((cut & frame) != cut) {
             row.precise.status = -1;
             continue;
