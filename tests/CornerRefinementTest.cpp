@@ -97,9 +97,9 @@ TEST(CornerRefinement, TheMinimumCornerDistanceIsAQuarterOfTheMarkSizeUnrounded)
     const auto closest = [&](int size) {
         CornerCandidateFinder finder(noise, size);
         double m = 1e9;
-        for (std::size_t i = 0; i < finder.rawCorners.size(); ++i) {
+        for (std::size_t i = 0; i < finder.detectedCorners.size(); ++i) {
             for (std::size_t j = 0; j < i; ++j) {
-                m = std::min(m, cv::norm(finder.rawCorners[i] - finder.rawCorners[j]));
+                m = std::min(m, cv::norm(finder.detectedCorners[i] - finder.detectedCorners[j]));
             }
         }
         return m;
@@ -146,7 +146,7 @@ TEST(CornerRefinement, ACornerOnASmallDarkSpeckIsRejected) {
     EXPECT_LE(cv::norm(candidates[0] - cv::Point(100, 100)), 1.5);
 
     CornerCandidateFinder speckOnly(region, 40);
-    EXPECT_FALSE(speckOnly.refinedCorners.empty());    // detected ...
+    EXPECT_FALSE(speckOnly.detectedCorners.empty());   // detected ...
     EXPECT_TRUE(speckOnly.findCandidates(0).empty());  // ... and rejected
     cv::Point hint(36, 36);
     EXPECT_THROW(speckOnly.refineCorner(0, hint), cv::Exception);
@@ -180,7 +180,7 @@ TEST(CornerRefinement, AKindOutsideZeroToThreeRejectsEveryCandidate) {
 TEST(CornerRefinement, AnEmptyRegionOrOneWithoutCornersThrows) {
     EXPECT_THROW(CornerCandidateFinder(cv::Mat(), 25), cv::Exception);
     CornerCandidateFinder flat(flatRegion(cv::Size(100, 100)), 25);
-    EXPECT_TRUE(flat.refinedCorners.empty());
+    EXPECT_TRUE(flat.detectedCorners.empty());
     EXPECT_THROW(flat.findCandidates(0), cv::Exception);
 }
 

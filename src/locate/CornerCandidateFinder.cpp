@@ -1,6 +1,8 @@
 #include "locate/CornerCandidateFinder.h"
 
+#include <algorithm>
 #include <array>
+#include <cfloat>
 #include <climits>
 #include <cstdlib>
 
@@ -45,6 +47,28 @@ bool inside(const cv::Mat& m, cv::Point p) {
     return p.x >= 0 && p.y >= 0 && p.x < m.cols && p.y < m.rows;
 }
 
+// The largest value of a float image, the maximum minMaxLoc reports: the same value
+// whatever the order of comparison, so eight running maxima keep the scan from waiting on
+// one chain of comparisons, and no location is tracked.
+double largestValue(const cv::Mat& m) {
+    constexpr int kLanes = 8;
+    float best[kLanes];
+    std::fill(best, best + kLanes, -FLT_MAX);
+    for (int y = 0; y < m.rows; ++y) {
+        const float* row = m.ptr<float>(y);
+        int x = 0;
+        for (; x + kLanes <= m.cols; x += kLanes) {
+            for (int k = 0; k < kLanes; ++k) {
+                best[k] = row[x + k] > best[k] ? row[x + k] : best[k];
+            }
+        }
+        for (; x < m.cols; ++x) {
+            best[0] = row[x] > best[0] ? row[x] : best[0];
+        }
+    }
+    return *std::max_element(best, best + kLanes);
+}
+
 }  // namespace
 
 CornerCandidateFinder::CornerCandidateFinder(const cv::Mat& region, int size)
@@ -56,35 +80,17 @@ void CornerCandidateFinder::detect() {
     if (image.empty()) {
         throw cv::Exception();
     }
-    cv::Mat eig;
     cv::cornerMinEigenVal(image, eig, kBlockSize, 3, cv::BORDER_DEFAULT);
-    double maxEig = 0.0;
-    cv::minMaxLoc(eig, nullptr, &maxEig);
-    const double minEig = maxEig * kQuality;
-
+    const double maxEig = largestValue(eig);
+    minEig = maxEig * kQuality;
     // Shi-Tomasi corners (goodFeaturesToTrack, no mask, no Harris measure) selected on the
     // eigenvalue image just computed rather than computing it a second time.
-    std::vector<cv::Point2f> raw =
-        selectShiTomasiCorners(eig, maxEig, kMaxCorners, kQuality, size * 0.25);
-    const std::vector<cv::Point2f> unrefined = raw;
-    if (!raw.empty()) {
-        cv::cornerSubPix(image, raw, cv::Size(kSubPixHalfWindow, kSubPixHalfWindow),
-                         cv::Size(-1, -1), subPixStop());
-    }
-    for (std::size_t i = 0; i < raw.size(); ++i) {
-        // cvRound rounds halves to even.
-        const cv::Point r(cvRound(raw[i].x), cvRound(raw[i].y));
-        if (inside(image, r) && eig.at<float>(r) > minEig) {
-            refinedCorners.push_back(r);
-            rawCorners.emplace_back(cvRound(unrefined[i].x), cvRound(unrefined[i].y));
-        }
-    }
+    detectedCorners = selectShiTomasiCorners(eig, maxEig, kMaxCorners, kQuality, size * 0.25);
+    kept.clear();
+    sorted = false;
 }
 
-std::vector<cv::Point> CornerCandidateFinder::findCandidates(int kind) {
-    if (refinedCorners.empty()) {
-        throw cv::Exception();
-    }
+void CornerCandidateFinder::sortCorners() {
     cv::Mat dark;
     cv::threshold(image, dark, 255.0, 1.0, cv::THRESH_BINARY_INV | cv::THRESH_OTSU);
 
@@ -102,28 +108,48 @@ std::vector<cv::Point> CornerCandidateFinder::findCandidates(int kind) {
                              cv::LINE_8, cv::noArray(), INT_MAX, cv::Point());
         }
     }
-    // A corner is only a chart corner where it was detected on a large dark blob.
-    for (std::size_t i = 0; i < refinedCorners.size(); ++i) {
-        const cv::Point p = rawCorners[i];
-        if (!inside(light, p) || light.at<unsigned char>(p) != 0) {
-            refinedCorners[i] = cv::Point(-1, -1);
+    // A corner is only a chart corner where it was detected on a large dark blob, so only
+    // those are refined: cornerSubPix moves every point on its own, and the others could
+    // never become candidates whatever their refined position.
+    std::vector<cv::Point2f> refined;
+    for (const cv::Point2f& c : detectedCorners) {
+        // cvRound rounds halves to even.
+        const cv::Point p(cvRound(c.x), cvRound(c.y));
+        if (inside(light, p) && light.at<unsigned char>(p) == 0) {
+            refined.push_back(c);
+        }
+    }
+    if (!refined.empty()) {
+        cv::cornerSubPix(image, refined, cv::Size(kSubPixHalfWindow, kSubPixHalfWindow),
+                         cv::Size(-1, -1), subPixStop());
+    }
+    // ... and kept where the refined pixel still holds a strong enough corner.
+    for (const cv::Point2f& c : refined) {
+        const cv::Point r(cvRound(c.x), cvRound(c.y));
+        if (inside(image, r) && eig.at<float>(r) > minEig) {
+            kept.push_back(r);
         }
     }
     cv::morphologyEx(light, light, cv::MORPH_CLOSE, cv::Mat());
-    cv::Mat bordered;
     cv::copyMakeBorder(light, bordered, kRingReach, kRingReach, kRingReach, kRingReach,
                        cv::BORDER_REPLICATE);
+    sorted = true;
+}
 
+std::vector<cv::Point> CornerCandidateFinder::findCandidates(int kind) {
+    if (detectedCorners.empty()) {
+        throw cv::Exception();
+    }
+    if (!sorted) {
+        sortCorners();
+    }
     std::vector<cv::Point> candidates;
     if (kind < 0 || kind > 3) {
         return candidates;
     }
     const int sx = kind >= 2 ? 1 : -1;
     const int sy = kind % 2 == 1 ? 1 : -1;
-    for (const cv::Point& p : refinedCorners) {
-        if (!inside(image, p)) {
-            continue;
-        }
+    for (const cv::Point& p : kept) {
         int sumX = 0;
         int sumY = 0;
         for (const RingOffset& o : kRing) {

@@ -15,12 +15,13 @@ public:
     // markSearchSize, the length scale of the chart marks.
     CornerCandidateFinder(const cv::Mat& region, int size);
 
-    // Fills refinedCorners and rawCorners; a default cv::Exception for an empty region.
+    // Fills detectedCorners; a default cv::Exception for an empty region.
     void detect();
 
-    // Corners on a large dark blob whose light side faces the quadrant of `kind` (no corner
-    // for a kind outside 0..3), in detection order. Rejected corners become (-1, -1) in
-    // refinedCorners. A default cv::Exception when nothing was detected.
+    // Corners on a large dark blob, refined to sub-pixel and rounded, whose refined pixel is
+    // still a corner above the quality level and whose light side faces the quadrant of
+    // `kind` (no corner for a kind outside 0..3), in detection order. A default
+    // cv::Exception when nothing was detected.
     std::vector<cv::Point> findCandidates(int kind);
 
     // The candidate nearest `hint` (city-block; the earlier wins a tie), refined and rounded
@@ -30,8 +31,19 @@ public:
 
     cv::Mat image;
     int size = 0;
-    std::vector<cv::Point> refinedCorners;
-    std::vector<cv::Point> rawCorners;
+    // Shi-Tomasi corners, strongest first, at whole pixels.
+    std::vector<cv::Point2f> detectedCorners;
+
+private:
+    // Finds the dark blobs, refines the corners on them and keeps the strong ones; done once,
+    // by the first findCandidates.
+    void sortCorners();
+
+    cv::Mat eig;  // minimum eigenvalue image of the region
+    double minEig = 0.0;
+    std::vector<cv::Point> kept;  // refined corners on dark blobs, detection order
+    cv::Mat bordered;             // the closed light mask, its border replicated by the ring
+    bool sorted = false;
 };
 
 }  // namespace RegularSFR

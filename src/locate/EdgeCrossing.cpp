@@ -84,7 +84,10 @@ bool RegularSFRLocate::findEdgeCrossing(ChartEdge& edge, int radius) {
     cv::Mat boundary;
     cv::adaptiveThreshold(filled, boundary, 1.0, cv::ADAPTIVE_THRESH_MEAN_C, cv::THRESH_BINARY, 3,
                           0.0);
-    const cv::Mat crossing = ring + boundary;  // 2 where ring and boundary meet
+    // 2 where ring and boundary meet. cv::add rather than a matrix expression: crossings run
+    // on several threads, and OpenCV's expressions share a lazily made operator table.
+    cv::Mat crossing;
+    cv::add(ring, boundary, crossing);
 
     std::vector<cv::Point> points;
     for (int y = 0; y < crossing.rows; ++y) {

@@ -1,5 +1,7 @@
 #include "locate/RegularSFRLocate.h"
 
+#include <exception>
+
 #include <opencv2/imgproc.hpp>
 
 #include "locate/ChartProjection.h"
@@ -115,21 +117,39 @@ bool RegularSFRLocate::computeEdgeCenters() {
         return index >= 0 && static_cast<std::size_t>(index) < corners.size() &&
                corners[index].found;
     };
-    for (ChartEdge& edge : edges) {
-        if (edge.cornerCount == 2) {
-            if (!placed(edge.corner0) || !placed(edge.corner1)) {
-                return false;
+    // The edges are independent: each is computed on a copy in parallel, and the copies are
+    // taken in edge order up to the first failure or exception, so that the edges after it
+    // stay as a one-by-one walk would leave them.
+    std::vector<ChartEdge> computed(edges);
+    std::vector<char> done(edges.size(), 0);
+    std::vector<std::exception_ptr> failures(edges.size());
+    const int count = static_cast<int>(edges.size());
+#pragma omp parallel for schedule(dynamic)
+    for (int i = 0; i < count; ++i) {
+        ChartEdge& edge = computed[i];
+        try {
+            if (edge.cornerCount == 2) {
+                if (placed(edge.corner0) && placed(edge.corner1)) {
+                    edge.x = (corners[edge.corner1].x + corners[edge.corner0].x) * 0.5f;
+                    edge.y = (corners[edge.corner1].y + corners[edge.corner0].y) * 0.5f;
+                    edge.found = true;
+                    done[i] = 1;
+                }
+            } else if (edge.cornerCount == 1) {
+                done[i] = findEdgeCrossing(edge, markSearchSize) ? 1 : 0;
             }
-            edge.x = (corners[edge.corner1].x + corners[edge.corner0].x) * 0.5f;
-            edge.y = (corners[edge.corner1].y + corners[edge.corner0].y) * 0.5f;
-            edge.found = true;
-        } else if (edge.cornerCount == 1) {
-            if (!findEdgeCrossing(edge, markSearchSize)) {
-                return false;
-            }
-        } else {
+        } catch (...) {
+            failures[i] = std::current_exception();
+        }
+    }
+    for (int i = 0; i < count; ++i) {
+        if (failures[i]) {
+            std::rethrow_exception(failures[i]);
+        }
+        if (done[i] == 0) {
             return false;
         }
+        edges[i] = computed[i];
     }
     return true;
 }
