@@ -230,6 +230,26 @@ TEST(LocatorBase, TwoCornerEdgeCentreIsTheMidpointAndNeedsBothCorners) {
     EXPECT_TRUE(loc.edges[0].found);
 }
 
+TEST(LocatorBase, AnEdgeThatFailsLeavesTheEdgesAfterItUntouched) {
+    // Edges are worked out side by side, yet the walk stops at the first failure: edge 0
+    // lacks a corner, so edge 1 stays as it was although both its corners are placed.
+    TestLocator loc(squareFrame());
+    loc.describe({{0, 0, 0, 0, 0}, {0, 0, 0, 0, 0}, {0, 0, 1, 0, 0}, {0, 0, 1, 0, 0}});
+    loc.corners[0] = {10.0f, 20.0f, 0, 0, 0, false};
+    loc.corners[1] = {13.0f, 25.0f, 0, 0, 0, true};
+    loc.corners[2] = {30.0f, 40.0f, 0, 0, 0, true};
+    loc.corners[3] = {34.0f, 44.0f, 0, 0, 0, true};
+    ASSERT_EQ(loc.edges.size(), 2u);
+    EXPECT_FALSE(loc.computeEdgeCenters());
+    EXPECT_FALSE(loc.edges[1].found);
+    EXPECT_EQ(loc.edges[1].x, 0.0f);
+    EXPECT_EQ(loc.edges[1].y, 0.0f);
+    loc.corners[0].found = true;
+    EXPECT_TRUE(loc.computeEdgeCenters());
+    EXPECT_EQ(loc.edges[1].x, 32.0f);
+    EXPECT_EQ(loc.edges[1].y, 42.0f);
+}
+
 TEST(LocatorBase, EdgeCentresTruncateTowardZeroAndNeedOnlyTheFirstEdgeFound) {
     TestLocator loc(squareFrame());
     EXPECT_TRUE(loc.getEdgeCenters().empty());
