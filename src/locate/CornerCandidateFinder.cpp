@@ -1,14 +1,13 @@
 #include "locate/CornerCandidateFinder.h"
 
-#include <algorithm>
 #include <array>
-#include <cfloat>
 #include <climits>
 #include <cstdlib>
 
 #include <opencv2/imgproc.hpp>
 
 #include "locate/IntConversion.h"
+#include "locate/MinEigenImage.h"
 #include "locate/ShiTomasiSelection.h"
 #include "locate/SubPixStop.h"
 
@@ -18,7 +17,6 @@ namespace {
 
 // Shi-Tomasi settings. The quality level is a float constant widened to double
 // (0.05000000074505806), which is what the minimum eigenvalue is compared against.
-constexpr int kBlockSize = 15;
 constexpr int kMaxCorners = 32;
 constexpr double kQuality = static_cast<double>(0.05f);
 constexpr int kSubPixHalfWindow = 15;
@@ -47,28 +45,6 @@ bool inside(const cv::Mat& m, cv::Point p) {
     return p.x >= 0 && p.y >= 0 && p.x < m.cols && p.y < m.rows;
 }
 
-// The largest value of a float image, the maximum minMaxLoc reports: the same value
-// whatever the order of comparison, so eight running maxima keep the scan from waiting on
-// one chain of comparisons, and no location is tracked.
-double largestValue(const cv::Mat& m) {
-    constexpr int kLanes = 8;
-    float best[kLanes];
-    std::fill(best, best + kLanes, -FLT_MAX);
-    for (int y = 0; y < m.rows; ++y) {
-        const float* row = m.ptr<float>(y);
-        int x = 0;
-        for (; x + kLanes <= m.cols; x += kLanes) {
-            for (int k = 0; k < kLanes; ++k) {
-                best[k] = row[x + k] > best[k] ? row[x + k] : best[k];
-            }
-        }
-        for (; x < m.cols; ++x) {
-            best[0] = row[x] > best[0] ? row[x] : best[0];
-        }
-    }
-    return *std::max_element(best, best + kLanes);
-}
-
 }  // namespace
 
 CornerCandidateFinder::CornerCandidateFinder(const cv::Mat& region, int size)
@@ -80,8 +56,7 @@ void CornerCandidateFinder::detect() {
     if (image.empty()) {
         throw cv::Exception();
     }
-    cv::cornerMinEigenVal(image, eig, kBlockSize, 3, cv::BORDER_DEFAULT);
-    const double maxEig = largestValue(eig);
+    const double maxEig = minEigenImage(image, eig);
     minEig = maxEig * kQuality;
     // Shi-Tomasi corners (goodFeaturesToTrack, no mask, no Harris measure) selected on the
     // eigenvalue image just computed rather than computing it a second time.
