@@ -91,28 +91,48 @@ const bool kLocatePairs[] = {
         "BM_LocatePair/HLX6C_8K", ChartProject::HLX6C, 7680, 4320),
 };
 
-void BM_RegionsInParallel(benchmark::State& state) {
-    const cv::Mat grey = greyFrame(ChartProject::HLX6C, 4000, 3000);
-    std::vector<SFREdgeResult> entries(52);
+// Every region of a member's frame, 80 px square, measured in parallel as the members do:
+// HLX6C's 52 and K31R22BX's 68.
+template <class First, class Second, class Param, class Result>
+void regionsInParallel(benchmark::State& state, ChartProject project) {
+    constexpr int kPerSet = sizeof(Result::centres) / sizeof(Result::centres[0]);
+    constexpr int kRegions = 2 * kPerSet;
+    const cv::Mat grey = greyFrame(project, 4000, 3000);
+    std::vector<SFREdgeResult> entries(kRegions);
     {
-        const api::LocateImages images = api::LocateImages::at(grey, 0.5, nullptr);
-        K74T16BX::Result r[2] = {};
-        api::Hlx6cFirst::onImages(images, K74T16BX::Param{100}, r[0]);
-        api::Hlx6cSecond::onImages(images, K74T16BX::Param{100}, r[1]);
-        for (int i = 0; i < 52; ++i) {
-            entries[i].x = static_cast<int>(r[i / 26].centres[i % 26].x);
-            entries[i].y = static_cast<int>(r[i / 26].centres[i % 26].y);
+        RegularSFR::MarkSearchMemo marks;
+        const api::LocateImages images = api::LocateImages::at(grey, First::kScale, &marks);
+        Result r[2] = {};
+        First::template onImages<Param, Result>(images, Param{100}, r[0]);
+        Second::template onImages<Param, Result>(images, Param{100}, r[1]);
+        for (int i = 0; i < kRegions; ++i) {
+            entries[i].x = static_cast<int>(r[i / kPerSet].centres[i % kPerSet].x);
+            entries[i].y = static_cast<int>(r[i / kPerSet].centres[i % kPerSet].y);
         }
     }
     for (auto _ : state) {
 #pragma omp parallel for schedule(dynamic, 2)
-        for (int i = 0; i < 52; ++i) {
+        for (int i = 0; i < kRegions; ++i) {
             api::measureRegion(grey, 80, 4.0, entries[i]);
         }
         benchmark::DoNotOptimize(entries[0].sfrHalfNyquist);
     }
 }
-BENCHMARK(BM_RegionsInParallel)->Unit(benchmark::kMillisecond);
+
+template <class First, class Second, class Param, class Result>
+bool registerRegions(const char* name, ChartProject project) {
+    benchmark::RegisterBenchmark(name, [=](benchmark::State& state) {
+        regionsInParallel<First, Second, Param, Result>(state, project);
+    })->Unit(benchmark::kMillisecond);
+    return true;
+}
+
+const bool kRegionsInParallel[] = {
+    registerRegions<api::Hlx6cFirst, api::Hlx6cSecond, K74P, K74R>("BM_RegionsInParallel/HLX6C",
+                                                                   ChartProject::HLX6C),
+    registerRegions<api::K31R22BXFirst, api::K31R22BXSecond, K31P, K31R>(
+        "BM_RegionsInParallel/K31R22BX", ChartProject::K31R22BX),
+};
 
 // Two caller threads, each measuring its own copy of the frame over and over. libraryThreads
 // is the OpenMP team each call may use: 0 leaves the default (one per core), 1 keeps every
