@@ -7,9 +7,9 @@
 #include "sfr/EdgeSamples.h"
 #include "sfr/KernelWidth.h"
 #include "sfr/LocalLinearProfile.h"
-#include "sfr/LsfSpectrum.h"
 #include "sfr/PhaseWeights.h"
 #include "sfr/SampleBins.h"
+#include "sfr/SlopeSpectrum.h"
 
 namespace {
 using namespace talonvireo::sfr;
@@ -81,7 +81,7 @@ TEST(LocalLinearProfile, ALinearEdgeIsFitExactly) {
     }
 }
 
-TEST(LsfSpectrum, AGaussianLineSpreadGivesItsTransformWithTheKernelDividedOut) {
+TEST(SlopeSpectrum, AGaussianLineSpreadGivesItsTransformWithTheKernelDividedOut) {
     // A Gaussian line spread of sigma 0.6 already smoothed by a kernel of 0.3.
     const double sigma = 0.6, kernel = 0.3, step = 0.05;
     const double total2 = sigma * sigma + kernel * kernel;
@@ -90,7 +90,7 @@ TEST(LsfSpectrum, AGaussianLineSpreadGivesItsTransformWithTheKernelDividedOut) {
         const double x = k * step;
         lsf.push_back(std::exp(-0.5 * x * x / total2));
     }
-    const LsfSpectrum spectrum(lsf, -200 * step, step, kernel);
+    const SlopeSpectrum spectrum(lsf, -200 * step, step, kernel);
     for (double f : {0.0, 0.1, 0.25, 0.5, 0.8}) {
         EXPECT_NEAR(spectrum.at(f), std::exp(-2.0 * M_PI * M_PI * sigma * sigma * f * f), 1e-9)
             << f;

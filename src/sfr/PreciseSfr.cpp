@@ -8,11 +8,11 @@
 #include "sfr/EdgeLineRefinement.h"
 #include "sfr/KernelWidth.h"
 #include "sfr/LocalLinearProfile.h"
-#include "sfr/LsfSpectrum.h"
 #include "sfr/LsfWindow.h"
 #include "sfr/PhaseWeights.h"
 #include "sfr/SampleBins.h"
 #include "sfr/SfrConstants.h"
+#include "sfr/SlopeSpectrum.h"
 
 namespace talonvireo {
 namespace sfr {
@@ -184,7 +184,8 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
         throw NoSpectrum();
     }
     curve.lsf = windowed;
-    const LsfSpectrum spectrum(std::move(windowed), profile.position(first), profile.step, c.sigma);
+    const SlopeSpectrum spectrum(std::move(windowed), profile.position(first), profile.step,
+                                 c.sigma);
     if (!std::isfinite(spectrum.at(0.0))) {
         throw NoSpectrum();
     }

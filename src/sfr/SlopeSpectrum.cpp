@@ -1,4 +1,4 @@
-#include "sfr/LsfSpectrum.h"
+#include "sfr/SlopeSpectrum.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,20 +12,22 @@ namespace talonvireo {
 namespace sfr {
 
 namespace {
-// Bisection steps: a 0.005 cycles/pixel bracket shrinks to 3e-10, far below any figure's
-// precision.
+// Halvings of the bracket: a 0.005 per-pixel bracket narrows to 3e-10, well below what any
+// reported figure resolves.
 constexpr int kRefineSteps = 24;
 }  // namespace
 
-LsfSpectrum::LsfSpectrum(std::vector<double> value, double first, double step, double kernelSigma)
+SlopeSpectrum::SlopeSpectrum(std::vector<double> value, double first, double step,
+                             double kernelSigma)
     : value_(std::move(value)), first_(first), step_(step), kernelSigma_(kernelSigma) {
     const double zero = 0.0;
     moduli(&zero, 1, &dc_);
 }
 
-void LsfSpectrum::moduli(const double* f, int n, double* out) const {
-    // Each phasor turns by a fixed angle per sample; measuring positions from the middle of
-    // the line spread keeps the recurrence's rounding small.
+void SlopeSpectrum::moduli(const double* f, int n, double* out) const {
+    // Each frequency's rotation advances by a constant angle from one sample to the next.
+    // Counting positions from the centre of the samples keeps the rounding of that running
+    // rotation small.
     const double centre = first_ + 0.5 * step_ * static_cast<double>(value_.size());
     double c[kLanes], s[kLanes], dc[kLanes], ds[kLanes], re[kLanes] = {}, im[kLanes] = {};
     for (int l = 0; l < kLanes; ++l) {
@@ -50,7 +52,7 @@ void LsfSpectrum::moduli(const double* f, int n, double* out) const {
     }
 }
 
-std::vector<double> LsfSpectrum::sampled(int count, double step) const {
+std::vector<double> SlopeSpectrum::sampled(int count, double step) const {
     std::vector<double> out(static_cast<size_t>(std::max(count, 0)));
     for (int base = 0; base < count; base += kLanes) {
         const int n = std::min(kLanes, count - base);
@@ -68,7 +70,7 @@ std::vector<double> LsfSpectrum::sampled(int count, double step) const {
     return out;
 }
 
-double LsfSpectrum::at(double f) const {
+double SlopeSpectrum::at(double f) const {
     if (!(dc_ > 0.0)) {
         return std::numeric_limits<double>::quiet_NaN();
     }
@@ -77,8 +79,8 @@ double LsfSpectrum::at(double f) const {
     return m / dc_ / gaussianTransfer(kernelSigma_, f);
 }
 
-double LsfSpectrum::frequencyAtLevel(double level, const std::vector<double>& frequency,
-                                     const std::vector<double>& sfr) const {
+double SlopeSpectrum::frequencyAtLevel(double level, const std::vector<double>& frequency,
+                                       const std::vector<double>& sfr) const {
     for (size_t k = 1; k < frequency.size() && k < sfr.size(); ++k) {
         if (sfr[k] < level) {
             double lo = frequency[k - 1], hi = frequency[k];
