@@ -4,7 +4,6 @@
 // depth, and rendered chart frames.
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -15,6 +14,7 @@
 #include <opencv2/core.hpp>
 
 #include "ChartFrames.h"
+#include "HighwayTargets.h"
 #include "OracleRoads.h"
 #include "convert/EdgeDirectedDemosaic.h"
 #include "convert/GreyRoads.h"
@@ -111,11 +111,7 @@ TEST(GreyRoadOracle, UnpackingMatchesThePlainRuleForEveryWordAndLength) {
 
 // The random-frame comparisons once per instruction set, each its own test: the sets run
 // side by side under ctest, which keeps the slow sanitizer builds' run short.
-class GreyRoadOracleOnTarget : public ::testing::TestWithParam<std::int64_t> {
-protected:
-    void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
-    void TearDown() override { hwy::SetSupportedTargetsForTest(0); }
-};
+class GreyRoadOracleOnTarget : public talonvireo::testing::OnEachHighwayTarget {};
 
 TEST_P(GreyRoadOracleOnTarget, MalvarRoadMatchesThePlainRenditionOnRandomFrames) {
     std::mt19937 rng(11);
@@ -149,17 +145,7 @@ TEST_P(GreyRoadOracleOnTarget, EdgeDirectedRoadMatchesThePlainRenditionOnRandomF
     }
 }
 
-// Every instruction set compiled in and supported here (SSSE3 to AVX-512 and the portable
-// fallbacks).
-INSTANTIATE_TEST_SUITE_P(EveryTarget, GreyRoadOracleOnTarget,
-                         ::testing::ValuesIn(hwy::SupportedAndGeneratedTargets()),
-                         [](const ::testing::TestParamInfo<std::int64_t>& info) {
-                             std::string name = hwy::TargetName(info.param);
-                             for (char& c : name) {
-                                 c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-                             }
-                             return name;
-                         });
+TALONVIREO_ON_EVERY_HIGHWAY_TARGET(GreyRoadOracleOnTarget);
 
 TEST(GreyRoadOracle, BothRoadsMatchThePlainRenditionsOnRenderedChartFrames) {
     render::ChartTransform placement;

@@ -4,16 +4,13 @@
 // size from the smallest OpenCV takes upward, widths off the vector length included.
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <cstdint>
 #include <cstring>
 #include <string>
-
-#include <hwy/targets.h>
 
 #include <opencv2/imgproc.hpp>
 
 #include "ChartFrames.h"
+#include "HighwayTargets.h"
 #include "locate/MinEigenImage.h"
 
 namespace {
@@ -53,25 +50,12 @@ cv::Mat shapes(cv::RNG& rng, int w, int h, bool blur) {
 }
 
 TEST(MinEigenImage, MatchesOpenCVOnChartRegions) {
-    ChartFrame frame;
-    frame.project = talonvireo::render::ChartProject::K31R22BX;
-    frame.noise = 2.0;
-    cv::Mat half;
-    cv::resize(renderGreyChart(frame), half, cv::Size(), 0.5, 0.5, cv::INTER_LINEAR);
-    for (int y = 0; y + 300 <= half.rows; y += 170) {
-        for (int x = 0; x + 300 <= half.cols; x += 230) {
-            expectSameAsOpenCV(half(cv::Rect(x, y, 300, 300)).clone(),
-                               "region at " + std::to_string(x) + "," + std::to_string(y));
-        }
+    for (const NamedWindow& window : cornerSearchWindows()) {
+        expectSameAsOpenCV(window.image, window.name);
     }
 }
 
-// Every instruction set compiled in and supported here.
-class MinEigenImageOnTarget : public ::testing::TestWithParam<std::int64_t> {
-protected:
-    void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
-    void TearDown() override { hwy::SetSupportedTargetsForTest(0); }
-};
+class MinEigenImageOnTarget : public talonvireo::testing::OnEachHighwayTarget {};
 
 TEST_P(MinEigenImageOnTarget, MatchesOpenCVOnNoiseAndShapesOfManySizes) {
     cv::RNG rng(20261123);
@@ -95,15 +79,7 @@ TEST_P(MinEigenImageOnTarget, MatchesOpenCVOnNoiseAndShapesOfManySizes) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryTarget, MinEigenImageOnTarget,
-                         ::testing::ValuesIn(hwy::SupportedAndGeneratedTargets()),
-                         [](const ::testing::TestParamInfo<std::int64_t>& info) {
-                             std::string name = hwy::TargetName(info.param);
-                             for (char& c : name) {
-                                 c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-                             }
-                             return name;
-                         });
+TALONVIREO_ON_EVERY_HIGHWAY_TARGET(MinEigenImageOnTarget);
 
 TEST(MinEigenImage, MatchesOpenCVAtTheSmallestSizesAndOnAFlatImage) {
     cv::RNG rng(5);

@@ -28,17 +28,8 @@ void expectSameAsOpenCV(const cv::Mat& image, int maxCorners, double minDistance
 }
 
 TEST(ShiTomasiSelection, MatchesOpenCVOnChartRegions) {
-    ChartFrame frame;
-    frame.project = talonvireo::render::ChartProject::K31R22BX;
-    frame.noise = 2.0;
-    cv::Mat half;
-    cv::resize(renderGreyChart(frame), half, cv::Size(), 0.5, 0.5, cv::INTER_LINEAR);
-    for (int y = 0; y + 300 <= half.rows; y += 170) {
-        for (int x = 0; x + 300 <= half.cols; x += 230) {
-            const cv::Mat region = half(cv::Rect(x, y, 300, 300)).clone();
-            expectSameAsOpenCV(region, 32, 12.5,
-                               "region at " + std::to_string(x) + "," + std::to_string(y));
-        }
+    for (const NamedWindow& window : cornerSearchWindows()) {
+        expectSameAsOpenCV(window.image, 32, 12.5, window.name);
     }
 }
 

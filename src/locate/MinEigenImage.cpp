@@ -178,35 +178,13 @@ void rowGroup(const float* dx, const float* dy, std::size_t gradStride, int w, i
         out[c][0] = s;
     }
     if (chains == kChannels * kGroupRows) {
-        // Twelve independent chains, written out so that they stay in registers.
-        double s0 = sum[0], s1 = sum[1], s2 = sum[2], s3 = sum[3], s4 = sum[4], s5 = sum[5];
-        double s6 = sum[6], s7 = sum[7], s8 = sum[8], s9 = sum[9], s10 = sum[10], s11 = sum[11];
+        // A fixed number of independent chains: unrolled, they stay in registers.
+        constexpr int kChains = kChannels * kGroupRows;
         for (int x = 1; x < w; ++x) {
-            const int i = x - 1;
-            s0 += step[0][i];
-            s1 += step[1][i];
-            s2 += step[2][i];
-            s3 += step[3][i];
-            s4 += step[4][i];
-            s5 += step[5][i];
-            s6 += step[6][i];
-            s7 += step[7][i];
-            s8 += step[8][i];
-            s9 += step[9][i];
-            s10 += step[10][i];
-            s11 += step[11][i];
-            out[0][x] = s0;
-            out[1][x] = s1;
-            out[2][x] = s2;
-            out[3][x] = s3;
-            out[4][x] = s4;
-            out[5][x] = s5;
-            out[6][x] = s6;
-            out[7][x] = s7;
-            out[8][x] = s8;
-            out[9][x] = s9;
-            out[10][x] = s10;
-            out[11][x] = s11;
+            for (int c = 0; c < kChains; ++c) {
+                sum[c] += step[c][x - 1];
+                out[c][x] = sum[c];
+            }
         }
     } else {
         for (int c = 0; c < chains; ++c) {

@@ -1,5 +1,7 @@
 #include "ChartFrames.h"
 
+#include <opencv2/imgproc.hpp>
+
 #include "render/ChartRenderer.h"
 
 namespace talonvireo {
@@ -40,6 +42,22 @@ cv::Mat renderRawChart(render::ChartProject project, int bits, int width, int he
 cv::Mat renderGreySquares(const std::vector<render::ChartSquare>& squares, int width, int height,
                           double sigma) {
     return expose(render::chartCoverage(squares, {}, sigma, width, height), 0.0, 1);
+}
+
+std::vector<NamedWindow> cornerSearchWindows() {
+    ChartFrame frame;
+    frame.project = render::ChartProject::K31R22BX;
+    frame.noise = 2.0;
+    cv::Mat half;
+    cv::resize(renderGreyChart(frame), half, cv::Size(), 0.5, 0.5, cv::INTER_LINEAR);
+    std::vector<NamedWindow> windows;
+    for (int y = 0; y + 300 <= half.rows; y += 170) {
+        for (int x = 0; x + 300 <= half.cols; x += 230) {
+            windows.push_back({"region at " + std::to_string(x) + "," + std::to_string(y),
+                               half(cv::Rect(x, y, 300, 300)).clone()});
+        }
+    }
+    return windows;
 }
 
 }  // namespace testing

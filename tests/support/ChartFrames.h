@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include <opencv2/core.hpp>
@@ -37,6 +38,14 @@ cv::Mat renderRawChart(render::ChartProject project, int bits, int width = 4000,
 // Any set of squares, untransformed, on a width x height frame with the same levels.
 cv::Mat renderGreySquares(const std::vector<render::ChartSquare>& squares, int width, int height,
                           double sigma);
+
+// 300 x 300 windows, 230 px apart across and 170 down, of a K31R22BX chart with read noise
+// 2, downscaled by half as the corner search sees it; each named by its top-left corner.
+struct NamedWindow {
+    std::string name;
+    cv::Mat image;
+};
+std::vector<NamedWindow> cornerSearchWindows();
 
 }  // namespace testing
 }  // namespace talonvireo
