@@ -30,5 +30,29 @@ double trueMtf50(double sigma, double angleDeg) {
     return 0.5 * (lo + hi);
 }
 
+double trueSfr(double f, const LensBlur& lens, double angleDeg, double aperture) {
+    const double a = angleDeg * kPi / 180.0;
+    return lens.mtf(f) * sinc(aperture * f * std::cos(a)) * sinc(aperture * f * std::sin(a));
+}
+
+double trueFrequencyAtLevel(double level, const LensBlur& lens, double angleDeg,
+                            double aperture) {
+    // Walk up in small steps to the first crossing (a defocused transfer dips and rises
+    // again), then halve the bracket.
+    constexpr double kScan = 1e-3;
+    constexpr double kHighest = 2.0;
+    for (double hi = kScan; hi <= kHighest; hi += kScan) {
+        if (trueSfr(hi, lens, angleDeg, aperture) < level) {
+            double lo = hi - kScan;
+            for (int i = 0; i < 60; ++i) {
+                const double mid = 0.5 * (lo + hi);
+                (trueSfr(mid, lens, angleDeg, aperture) > level ? lo : hi) = mid;
+            }
+            return 0.5 * (lo + hi);
+        }
+    }
+    return std::nan("");
+}
+
 }  // namespace render
 }  // namespace talonvireo

@@ -1,9 +1,11 @@
 #include "render/SlantedEdgeRenderer.h"
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <stdexcept>
 
+#include "render/EdgeSpreadTable.h"
 #include "render/GaussLegendre.h"
 
 namespace talonvireo {
@@ -57,10 +59,15 @@ double brightFraction(double c, double r, const EdgeLineGeometry& edge,
     return sum;
 }
 
-cv::Mat renderSlantedEdge(const SlantedEdgeScene& scene) {
-    if (scene.width <= 0 || scene.height <= 0 || !(scene.sigma > 0.0)) {
-        throw std::invalid_argument("scene needs a positive size and sigma");
+namespace {
+void checkScene(const SlantedEdgeScene& scene) {
+    if (scene.width <= 0 || scene.height <= 0) {
+        throw std::invalid_argument("scene needs a positive size");
     }
+}
+
+// The scene's edge line; its sigma is the scene's.
+EdgeLineGeometry sceneEdge(const SlantedEdgeScene& scene) {
     const double a = scene.angleDeg * kPi / 180.0;
     EdgeLineGeometry edge;
     if (scene.family == EdgeFamily::NearVertical) {
@@ -73,23 +80,81 @@ cv::Mat renderSlantedEdge(const SlantedEdgeScene& scene) {
     edge.cx = (scene.width - 1) * 0.5 + scene.shiftX;
     edge.cy = (scene.height - 1) * 0.5 + scene.shiftY;
     edge.sigma = scene.sigma;
-    const QuadratureRule rule = pixelQuadrature();
+    return edge;
+}
+
+// Levels from each pixel's bright fraction, with the scene's noise.
+template <typename BrightFraction>
+cv::Mat sceneLevels(const SlantedEdgeScene& scene, BrightFraction bright) {
     const double low = scene.darkFirst ? scene.dark : scene.bright;
     const double high = scene.darkFirst ? scene.bright : scene.dark;
-
     cv::Mat levels(scene.height, scene.width, CV_64F);
-    std::mt19937 engine(scene.seed);
-    std::normal_distribution<double> noise(0.0, scene.noise > 0.0 ? scene.noise : 1.0);
     for (int r = 0; r < scene.height; ++r) {
         double* row = levels.ptr<double>(r);
         for (int c = 0; c < scene.width; ++c) {
-            row[c] = low + (high - low) * brightFraction(c, r, edge, rule);
-            if (scene.noise > 0.0) {
+            row[c] = low + (high - low) * bright(c, r);
+        }
+    }
+    std::mt19937 engine(scene.seed);
+    if (scene.photonsPerLevel > 0.0) {
+        for (int r = 0; r < scene.height; ++r) {
+            double* row = levels.ptr<double>(r);
+            for (int c = 0; c < scene.width; ++c) {
+                std::poisson_distribution<long> photons(std::max(0.0, row[c]) *
+                                                        scene.photonsPerLevel);
+                row[c] = static_cast<double>(photons(engine)) / scene.photonsPerLevel;
+            }
+        }
+    }
+    if (scene.noise > 0.0) {
+        std::normal_distribution<double> noise(0.0, scene.noise);
+        for (int r = 0; r < scene.height; ++r) {
+            double* row = levels.ptr<double>(r);
+            for (int c = 0; c < scene.width; ++c) {
                 row[c] += noise(engine);
             }
         }
     }
     return levels;
+}
+}  // namespace
+
+cv::Mat renderSlantedEdge(const SlantedEdgeScene& scene) {
+    checkScene(scene);
+    if (!(scene.sigma > 0.0)) {
+        throw std::invalid_argument("scene needs a positive sigma");
+    }
+    const EdgeLineGeometry edge = sceneEdge(scene);
+    const QuadratureRule rule = pixelQuadrature();
+    return sceneLevels(scene, [&](int c, int r) { return brightFraction(c, r, edge, rule); });
+}
+
+cv::Mat renderSlantedEdge(const SlantedEdgeScene& scene, const EdgeSpreadTable& spread,
+                          double aperture) {
+    checkScene(scene);
+    if (!(aperture > 0.0 && aperture <= 1.0)) {
+        throw std::invalid_argument("pixel aperture must lie in (0, 1]");
+    }
+    if (edgeReach(scene) > spread.reach()) {
+        throw std::out_of_range("the edge spread table does not reach the region's corners");
+    }
+    const EdgeLineGeometry edge = sceneEdge(scene);
+    const double w1 = aperture * edge.nx, w2 = aperture * edge.ny;
+    return sceneLevels(scene, [&](int c, int r) {
+        return spread.pixelLevel(edge.nx * (c - edge.cx) + edge.ny * (r - edge.cy), w1, w2);
+    });
+}
+
+double edgeReach(const SlantedEdgeScene& scene) {
+    checkScene(scene);
+    const EdgeLineGeometry edge = sceneEdge(scene);
+    double far = 0.0;
+    for (double c : {-0.5, scene.width - 0.5}) {
+        for (double r : {-0.5, scene.height - 0.5}) {
+            far = std::max(far, std::fabs(edge.nx * (c - edge.cx) + edge.ny * (r - edge.cy)));
+        }
+    }
+    return far + 1.0;
 }
 
 }  // namespace render

@@ -16,6 +16,8 @@
 namespace talonvireo {
 namespace render {
 
+class EdgeSpreadTable;
+
 enum class EdgeFamily {
     NearVertical,    // the edge runs top to bottom; the angle is measured from vertical
     NearHorizontal,  // the edge runs left to right; the angle is measured from horizontal
@@ -37,12 +39,27 @@ struct SlantedEdgeScene {
     double shiftX = 0.0;
     double shiftY = 0.0;
     double noise = 0.0;  // standard deviation of additive Gaussian noise, in levels
+    // Photon noise: each pixel's level times this is the mean of a Poisson count, which
+    // divided back by it is the level (0: none). Applied before the additive noise.
+    double photonsPerLevel = 0.0;
     std::uint32_t seed = 1;
 };
 
 // Levels as CV_64F, height x width. Throws std::invalid_argument for a non-positive size
 // or sigma.
 cv::Mat renderSlantedEdge(const SlantedEdgeScene& scene);
+
+// The scene blurred by the lens of `spread` instead of a Gaussian of scene.sigma, each pixel
+// a centred square aperture of side `aperture` (of the pitch, 0..1]. The truth is
+// spread.lens().mtf(f) sinc(aperture f cos a) sinc(aperture f sin a). Throws
+// std::invalid_argument for a bad size or aperture and std::out_of_range when the table does
+// not reach the region's corners (see edgeReach).
+cv::Mat renderSlantedEdge(const SlantedEdgeScene& scene, const EdgeSpreadTable& spread,
+                          double aperture = 1.0);
+
+// The farthest any pixel of the scene reaches from its edge, pixels: the reach an
+// EdgeSpreadTable needs for it.
+double edgeReach(const SlantedEdgeScene& scene);
 
 // A straight edge through (cx, cy) whose unit normal (nx, ny) points to the bright side.
 struct EdgeLineGeometry {
