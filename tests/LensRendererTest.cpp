@@ -19,7 +19,8 @@ TEST(LensRenderer, AGaussianLensReproducesTheExactGaussianRenderer) {
     for (double sigma : {0.3, 0.8, 2.0}) {
         const render::EdgeSpreadTable table(render::gaussianBlur(sigma), 80.0);
         for (double angle : {0.0, 1.0, 5.0, 26.565, 44.0}) {
-            for (auto family : {render::EdgeFamily::NearVertical, render::EdgeFamily::NearHorizontal}) {
+            for (auto family :
+                 {render::EdgeFamily::NearVertical, render::EdgeFamily::NearHorizontal}) {
                 render::SlantedEdgeScene scene;
                 scene.width = 60;
                 scene.height = 50;

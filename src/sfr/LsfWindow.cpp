@@ -52,6 +52,8 @@ LsfWindow lsfWindowFor(const LocalLinearProfile& p) {
         w.flat = 0.5 * (p.position(n - 1) - p.position(0));
         w.taper = 0.0;
         w.rise = 0.0;
+        w.lo = 0;
+        w.hi = n - 1;
         return w;
     };
     if (n < 4) {
@@ -68,6 +70,8 @@ LsfWindow lsfWindowFor(const LocalLinearProfile& p) {
     if (hi - lo < 4) {
         return everything();
     }
+    w.lo = lo;
+    w.hi = hi;
     const int share = std::max(1, static_cast<int>((hi - lo + 1) * kPlateauShare));
     double dark = 0.0, light = 0.0;
     for (int k = 0; k < share; ++k) {
@@ -77,6 +81,7 @@ LsfWindow lsfWindowFor(const LocalLinearProfile& p) {
     dark /= share;
     light /= share;
     const double height = light - dark;
+    w.height = height;
     auto norm = [&](int k) { return height != 0.0 ? (p.level[k] - dark) / height : 0.5; };
     // The 50 % crossing nearest the fitted line, then outward to 10 % and 90 %.
     int mid = -1;

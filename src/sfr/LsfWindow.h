@@ -1,9 +1,9 @@
-// The window laid on the line spread before its transform.
+// The line spread's extent, sized from the edge's own 10-90 % rise.
 //
-// Far from the edge the line spread is only noise; near it, cutting the tails would bend the
-// curve. The window is flat over a span set by the edge's own 10-90 % rise and falls to zero
-// in a raised-cosine taper, both scaled to the measured blur and kept within the span the
-// samples cover.
+// The window is flat over a span set by the rise and falls to zero in a raised-cosine taper,
+// both scaled to the measured blur and kept within the span the samples cover. The line's
+// refinement looks at the samples under it; the spectrum keeps the flat part at full
+// resolution and the tails beyond it in widening blobs (LineSpreadTails.h).
 #pragma once
 
 #include "sfr/LocalLinearProfile.h"
@@ -16,6 +16,9 @@ struct LsfWindow {
     double flat = 0.0;    // half-width of the flat part
     double taper = 0.0;   // length of each taper
     double rise = 0.0;    // the 10-90 % rise it was sized from
+    double height = 0.0;  // light plateau less dark plateau, in levels
+    int lo = 0;           // the outputs with enough samples behind them: lo..hi
+    int hi = -1;
 
     double reach() const { return flat + taper; }
     double weight(double x) const;

@@ -7,6 +7,7 @@
 
 #include "sfr/EdgeLineRefinement.h"
 #include "sfr/KernelWidth.h"
+#include "sfr/LineSpreadTails.h"
 #include "sfr/LocalLinearProfile.h"
 #include "sfr/LsfWindow.h"
 #include "sfr/PhaseWeights.h"
@@ -37,6 +38,30 @@ constexpr int kRefinements = 2;
 constexpr double kFrequencyStep = 0.005;
 constexpr double kMaxFrequency = 1.0;
 constexpr double kMinTransfer = 0.05;
+// The line spread's core, kept at full resolution: 1.4 rises each side of the edge (3.6
+// standard deviations of a Gaussian spread).
+constexpr double kCoreRises = 1.4;
+// How fast the tails' blobs widen, in pixels per pixel beyond the core: in proportion to the
+// samples' noise, relative to the edge's height and averaged along the edge (one part in a
+// thousand: 1 % noise over 100 rows, widens by 0.8), within bounds. At that noise the
+// spectrum's scatter is no larger than a window cut at two rises gave; without noise the
+// tails keep nearly full resolution.
+constexpr double kWideningPerNoise = 800.0;
+constexpr double kMinWidening = 0.1;
+constexpr double kMaxWidening = 1.5;
+
+// How fast the tails' blobs widen for these samples: from their scatter about the profile
+// beyond the core, relative to the edge's height, per square root of the rows along it.
+double tailWidening(const EdgeSamples& s, const EdgeFrame& frame, const LocalLinearProfile& p,
+                    const LsfWindow& window, double coreHalf) {
+    if (window.height == 0.0) {
+        return kMaxWidening;
+    }
+    const double noise =
+        scatterBeyond(s, frame, p, window.centre, coreHalf + 1.0, window.lo, window.hi) /
+        (std::fabs(window.height) * std::sqrt(static_cast<double>(s.rows())));
+    return std::clamp(kWideningPerNoise * noise, kMinWidening, kMaxWidening);
+}
 
 // Largest distance of any sample from the line (at the corners of the lattice).
 double farthestSample(const EdgeSamples& s, const EdgeFrame& frame) {
@@ -160,32 +185,43 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
     }
     const EdgeFrame& frame = f.frame;
     const Construction& c = f.c;
-    const LocalLinearProfile profile = profileOf(samples, frame, f.range, c);
+    // The whole region this time: the tails reach as far as the samples do.
+    const LocalLinearProfile profile =
+        profileOf(samples, frame, std::max(kMinRange, farthestSample(samples, frame)), c);
     const LsfWindow window = lsfWindowFor(profile);
 
     PreciseCurve curve;
     curve.kernelSigma = c.sigma;
     curve.step = profile.step;
     curve.edgeAngle = std::atan(frame.line.slope) * 180.0 / kPi;
-    std::vector<double> windowed;
-    int first = -1;
-    for (int k = 0; k < profile.size(); ++k) {
-        const double w = window.weight(profile.position(k));
-        if (w <= 0.0) {
+    // The core of the line spread at full resolution, the tails beyond it out to the samples'
+    // reach as blobs that widen with the distance, by as much as the samples' noise asks.
+    const double coreHalf = std::min(kCoreRises * window.rise, window.reach());
+    std::vector<double> core;
+    int first = -1, last = -1;
+    for (int k = window.lo; k <= window.hi; ++k) {
+        if (std::fabs(profile.position(k) - window.centre) > coreHalf) {
             continue;
         }
-        if (first < 0) {
-            first = k;
-        }
+        first = first < 0 ? k : first;
+        last = k;
         curve.esf.push_back(profile.level[k]);
-        windowed.push_back(profile.slope[k] * w);
+        core.push_back(profile.slope[k]);
+    }
+    std::vector<TailBlob> tails;
+    if (first >= 0) {
+        const double widening = tailWidening(samples, frame, profile, window, coreHalf);
+        tails = lineSpreadTail(profile, last + 1, window.hi, 1, window.centre + coreHalf, widening);
+        const std::vector<TailBlob> left =
+            lineSpreadTail(profile, first - 1, window.lo, -1, window.centre - coreHalf, widening);
+        tails.insert(tails.end(), left.begin(), left.end());
     }
     if (first < 0) {
         throw NoSpectrum();
     }
-    curve.lsf = windowed;
-    const SlopeSpectrum spectrum(std::move(windowed), profile.position(first), profile.step,
-                                 c.sigma);
+    curve.lsf = core;
+    const SlopeSpectrum spectrum(std::move(core), profile.position(first), profile.step, c.sigma,
+                                 std::move(tails));
     if (!std::isfinite(spectrum.at(0.0))) {
         throw NoSpectrum();
     }

@@ -2,9 +2,11 @@
 //
 // Every sample keeps its own distance from an edge line refined against all samples; the
 // edge profile is a local linear regression whose kernel widens only where the sample phases
-// bunch (simple-fraction slopes); the line spread is the regression's own slope, windowed to
-// the measured blur; its transform is divided by the kernel's known transfer. Frequencies are
-// across the edge, in cycles per pixel.
+// bunch (simple-fraction slopes); the line spread is the regression's own slope, at full
+// resolution over a core sized from the measured blur and, beyond it out to the region's
+// reach, as blobs that widen with the distance and the noise, so that a lens's long tails keep
+// their light; its transform is divided by the kernel's known transfer. Frequencies are across
+// the edge, in cycles per pixel.
 #pragma once
 
 #include <stdexcept>
@@ -19,8 +21,8 @@ namespace sfr {
 struct PreciseCurve {
     std::vector<double> frequency;  // cycles per pixel across the edge, from 0
     std::vector<double> sfr;
-    std::vector<double> esf;  // smoothed edge spread under the window, dark to light
-    std::vector<double> lsf;  // windowed line spread
+    std::vector<double> esf;  // smoothed edge spread over the core, dark to light
+    std::vector<double> lsf;  // the line spread's core
     double step = 0.0;        // pixels between esf/lsf samples
     double edgeAngle = 0.0;   // degrees, of the refined line
     double kernelSigma = 0.0;

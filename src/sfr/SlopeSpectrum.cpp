@@ -15,11 +15,17 @@ namespace {
 // Halvings of the bracket: a 0.005 per-pixel bracket narrows to 3e-10, well below what any
 // reported figure resolves.
 constexpr int kRefineSteps = 24;
+// exp(-28) is below 1e-12: a blob's transfer past this exponent is left out.
+constexpr double kNegligibleExponent = 28.0;
 }  // namespace
 
 SlopeSpectrum::SlopeSpectrum(std::vector<double> value, double first, double step,
-                             double kernelSigma)
-    : value_(std::move(value)), first_(first), step_(step), kernelSigma_(kernelSigma) {
+                             double kernelSigma, std::vector<TailBlob> tails)
+    : value_(std::move(value)),
+      tails_(std::move(tails)),
+      first_(first),
+      step_(step),
+      kernelSigma_(kernelSigma) {
     const double zero = 0.0;
     moduli(&zero, 1, &dc_);
 }
@@ -48,6 +54,19 @@ void SlopeSpectrum::moduli(const double* f, int n, double* out) const {
         }
     }
     for (int l = 0; l < n; ++l) {
+        // The tails: each blob's phasor times its Gaussian's transfer, where that is not
+        // negligible.
+        const double a = kTwoPi * kPi * f[l] * f[l];
+        for (const TailBlob& t : tails_) {
+            const double exponent = a * t.width * t.width;
+            if (exponent > kNegligibleExponent) {
+                continue;
+            }
+            const double g = t.weight * std::exp(-exponent);
+            const double phase = -kTwoPi * f[l] * (t.position - centre);
+            re[l] += g * std::cos(phase);
+            im[l] += g * std::sin(phase);
+        }
         out[l] = std::hypot(re[l], im[l]);
     }
 }

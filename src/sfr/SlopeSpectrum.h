@@ -9,14 +9,17 @@
 
 #include <vector>
 
+#include "sfr/LineSpreadTails.h"
+
 namespace talonvireo {
 namespace sfr {
 
 class SlopeSpectrum {
 public:
-    // Slope samples value[k] at positions first + k * step (pixels); `kernelSigma` is the
-    // width of the kernel that produced them.
-    SlopeSpectrum(std::vector<double> value, double first, double step, double kernelSigma);
+    // Slope samples value[k] at positions first + k * step (pixels), and `tails` beyond
+    // them; `kernelSigma` is the width of the kernel that produced them.
+    SlopeSpectrum(std::vector<double> value, double first, double step, double kernelSigma,
+                  std::vector<TailBlob> tails = {});
 
     // Normalised magnitude at frequency f (per pixel); NaN when the slope samples add up to
     // nothing.
@@ -38,6 +41,7 @@ private:
     void moduli(const double* f, int n, double* out) const;
 
     std::vector<double> value_;
+    std::vector<TailBlob> tails_;
     double first_;
     double step_;
     double kernelSigma_;

@@ -1,6 +1,9 @@
 #include "accuracy/MethodAccuracy.h"
 
 #include <cmath>
+#include <cstdio>
+#include <sstream>
+#include <stdexcept>
 
 #include "render/RegionEncoding.h"
 #include "render/SfrTruth.h"
@@ -30,7 +33,37 @@ std::vector<double> simpleFractionAngles() {
     return out;
 }
 
+render::LensBlur lensFromText(const std::string& text, double wavelengthUm, double pitchUm) {
+    render::LensBlur lens;
+    lens.wavelengthUm = wavelengthUm;
+    lens.pixelPitchUm = pitchUm;
+    std::stringstream parts(text);
+    for (std::string part; std::getline(parts, part, '+');) {
+        double a = 0.0, b = 0.0;
+        char tail = 0;
+        if (std::sscanf(part.c_str(), "f/%lf%c", &a, &tail) == 1 && a > 0.0) {
+            lens.fNumber = a;
+        } else if (std::sscanf(part.c_str(), "gauss:%lf%c", &a, &tail) == 1) {
+            lens.sigma = a;
+        } else if (std::sscanf(part.c_str(), "defocus:%lf%c", &a, &tail) == 1) {
+            lens.defocusDiameter = a;
+        } else if (std::sscanf(part.c_str(), "skirt:%lf:%lf%c", &a, &b, &tail) == 2) {
+            lens.skirtShare = a;
+            lens.skirtWidth = b;
+        } else {
+            throw std::invalid_argument("unknown lens part '" + part + "' in '" + text + "'");
+        }
+    }
+    render::checkLens(lens);
+    return lens;
+}
+
 namespace {
+// Levels per 8-bit level in the stored words.
+double wordScale(int depth) {
+    return depth == 16 ? 256.0 : depth == 14 ? 64.0 : 1.0;
+}
+
 cv::Mat renderLevels(const EdgeCase& c) {
     render::SlantedEdgeScene scene;
     scene.width = c.size;
@@ -39,12 +72,26 @@ cv::Mat renderLevels(const EdgeCase& c) {
     scene.angleDeg = c.angle;
     scene.shiftX = c.offset;
     scene.noise = c.noise;
+    scene.photonsPerLevel = c.photonNoise ? wordScale(c.depth) : 0.0;
     scene.seed = c.seed;
-    return render::renderSlantedEdge(scene);
+    return c.lens != nullptr ? render::renderSlantedEdge(scene, *c.lens, c.aperture)
+                             : render::renderSlantedEdge(scene);
+}
+
+cv::Mat quantised(const EdgeCase& c, const cv::Mat& levels) {
+    return c.depth == 8 ? render::quantise8(levels)
+                        : render::quantise16(levels, wordScale(c.depth));
 }
 
 Reading truthOf(const EdgeCase& c) {
     Reading r;
+    if (c.lens != nullptr) {
+        const render::LensBlur& lens = c.lens->lens();
+        r.trueMtf50 = render::trueFrequencyAtLevel(0.5, lens, c.angle, c.aperture);
+        r.trueQuarterNyquist = render::trueSfr(0.125, lens, c.angle, c.aperture);
+        r.trueHalfNyquist = render::trueSfr(0.25, lens, c.angle, c.aperture);
+        return r;
+    }
     r.trueMtf50 = render::trueMtf50(c.sigma, c.angle);
     r.trueQuarterNyquist = render::trueSfr(0.125, c.sigma, c.angle);
     r.trueHalfNyquist = render::trueSfr(0.25, c.sigma, c.angle);
@@ -78,10 +125,8 @@ int siteChannel(int phase, int x, int y) {
 }  // namespace
 
 Reading readEdge(const EdgeCase& c, Method method) {
-    const cv::Mat levels = renderLevels(c);
-    const cv::Mat image =
-        c.depth == 16 ? render::quantise16(levels, 256.0) : render::quantise8(levels);
-    const int format = c.depth == 16 ? PixelFormat::Grey16 : PixelFormat::Grey8;
+    const cv::Mat image = quantised(c, renderLevels(c));
+    const int format = c.depth == 8 ? PixelFormat::Grey8 : PixelFormat::Grey16;
 
     SfrCurveOptions options;
     options.frequencies = {0.125, 0.25};
@@ -107,7 +152,7 @@ cv::Mat renderRawMosaic(const EdgeCase& c, ChannelGains gains, int phase) {
             scaled.at<double>(y, x) = levels.at<double>(y, x) * gain[siteChannel(phase, x, y)];
         }
     }
-    return c.depth == 8 ? render::quantise8(scaled) : render::quantise16(scaled, 256.0);
+    return quantised(c, scaled);
 }
 
 std::vector<Reading> readRawPlanes(const EdgeCase& c, ChannelGains gains, int phase,

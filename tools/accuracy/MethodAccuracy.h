@@ -10,19 +10,27 @@
 
 #include <opencv2/core.hpp>
 
+#include "render/EdgeSpreadTable.h"
 #include "talonvireo/SfrCurve.h"
 
 namespace talonvireo {
 namespace accuracy {
 
 // One rendered edge: a near-vertical edge through the region's centre shifted by `offset`
-// pixels across, dark 40 to light 200, quantised to 8 bits (or to 16 with levels x 256).
+// pixels across, dark 40 to light 200 in 8-bit levels, quantised to 8 bits, or to 14 or 16
+// bits in 16-bit words (levels x 64 or x 256).
 struct EdgeCase {
-    int size = 100;  // square region
-    double sigma = 0.8;
+    int size = 100;      // square region
+    double sigma = 0.8;  // Gaussian blur, when no lens is given
+    // A lens's blur instead (borrowed; it must reach the region's corners), seen through a
+    // square pixel aperture of side `aperture`.
+    const render::EdgeSpreadTable* lens = nullptr;
+    double aperture = 1.0;
     double angle = 5.0;  // degrees
     double offset = 0.0;
     double noise = 0.0;  // standard deviation in 8-bit levels
+    // Poisson noise with one photon per step of the stored words (14 bits: 2560 to 12800).
+    bool photonNoise = false;
     std::uint32_t seed = 1;
     int depth = 8;
 };
@@ -65,6 +73,12 @@ cv::Mat renderRawMosaic(const EdgeCase& c, ChannelGains gains, int phase);
 // compared with the optical truth. `names` receives the plane names.
 std::vector<Reading> readRawPlanes(const EdgeCase& c, ChannelGains gains, int phase,
                                    std::vector<std::string>* names = nullptr);
+
+// A lens from text: "f/N" (diffraction at `wavelengthUm` on `pitchUm` pixels),
+// "gauss:SIGMA", "defocus:DIAMETER" and "skirt:SHARE:WIDTH", joined by '+', e.g.
+// "f/4+defocus:6" or "gauss:0.5+skirt:0.05:8". Throws std::invalid_argument naming the text.
+render::LensBlur lensFromText(const std::string& text, double wavelengthUm = 0.537,
+                              double pitchUm = 4.345);
 
 // The simple-fraction angles where classic bins fill unevenly: atan of 1/5, 1/4, 1/3, 2/5,
 // 1/2, 2/3, 3/4 in degrees.

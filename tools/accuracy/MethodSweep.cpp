@@ -4,10 +4,17 @@
 //   talonvireo-method-sweep [--sizes 100,60] [--sigmas 0.5,...] [--angles 1:44:0.5]
 //                           [--offsets 0,0.25,0.5,0.75] [--noise 0] [--seeds 1] [--depth 8]
 //                           [--methods classic,normal-axis,precise] [--raw-gains R,G,B]
+//                           [--lenses f/4,f/8+defocus:4,gauss:0.5+skirt:0.05:8]
+//                           [--aperture 1] [--wavelength 0.537] [--pitch 4.345]
+//                           [--photon-noise] [--no-fractions]
 // --raw-gains measures the four planes of an RG-phase mosaic (precise, per channel) instead.
+// --lenses replaces the Gaussian sigmas by lenses (see lensFromText), each pixel a square
+// aperture of side --aperture; --photon-noise adds Poisson noise of one photon per word step.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -41,34 +48,51 @@ std::vector<double> numbers(const std::string& s) {
     }
     return out;
 }
-void print(const char* method, const EdgeCase& c, const Reading& r) {
-    std::printf("%s,%d,%g,%.4f,%g,%g,%u,%d,%d,%.6f,%.6f,%.4f,%.5f,%.5f,%.5f,%.5f,%.5f,%.4f\n",
-                method, c.size, c.sigma, c.angle, c.offset, c.noise, c.seed, c.depth, r.status,
-                r.mtf50, r.trueMtf50, r.mtf50ErrorPercent, r.sfrQuarterNyquist,
-                r.trueQuarterNyquist, r.sfrHalfNyquist, r.trueHalfNyquist, r.edgeAngle,
-                r.kernelSigma);
+void print(const char* method, const std::string& lens, const EdgeCase& c, const Reading& r) {
+    std::printf(
+        "%s,%s,%g,%d,%g,%.4f,%g,%g,%d,%u,%d,%d,%.6f,%.6f,%.4f,%.5f,%.5f,%.5f,%.5f,%.5f,%.4f\n",
+        method, lens.c_str(), c.aperture, c.size, c.sigma, c.angle, c.offset, c.noise,
+        c.photonNoise ? 1 : 0, c.seed, c.depth, r.status, r.mtf50, r.trueMtf50, r.mtf50ErrorPercent,
+        r.sfrQuarterNyquist, r.trueQuarterNyquist, r.sfrHalfNyquist, r.trueHalfNyquist, r.edgeAngle,
+        r.kernelSigma);
 }
+
+// One blur of the sweep: a Gaussian sigma, or a lens with its table.
+struct Blur {
+    std::string name;
+    double sigma = 0.0;
+    std::shared_ptr<talonvireo::render::EdgeSpreadTable> lens;
+};
 }  // namespace
 
 int main(int argc, char** argv) {
     std::string sizes = "100,60", sigmas = "0.5,0.8,1.2,1.5", angles = "1:44:0.5",
                 offsets = "0,0.25,0.5,0.75", noise = "0", seeds = "1", depth = "8",
-                methods = "classic,normal-axis,precise", rawGains = "";
-    bool fractions = true;
+                methods = "classic,normal-axis,precise", rawGains = "", lenses = "", aperture = "1",
+                wavelength = "0.537", pitch = "4.345";
+    bool fractions = true, photonNoise = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
-        std::string* target = arg == "--sizes"       ? &sizes
-                              : arg == "--sigmas"    ? &sigmas
-                              : arg == "--angles"    ? &angles
-                              : arg == "--offsets"   ? &offsets
-                              : arg == "--noise"     ? &noise
-                              : arg == "--seeds"     ? &seeds
-                              : arg == "--depth"     ? &depth
-                              : arg == "--methods"   ? &methods
-                              : arg == "--raw-gains" ? &rawGains
-                                                     : nullptr;
+        std::string* target = arg == "--sizes"        ? &sizes
+                              : arg == "--sigmas"     ? &sigmas
+                              : arg == "--angles"     ? &angles
+                              : arg == "--offsets"    ? &offsets
+                              : arg == "--noise"      ? &noise
+                              : arg == "--seeds"      ? &seeds
+                              : arg == "--depth"      ? &depth
+                              : arg == "--methods"    ? &methods
+                              : arg == "--raw-gains"  ? &rawGains
+                              : arg == "--lenses"     ? &lenses
+                              : arg == "--aperture"   ? &aperture
+                              : arg == "--wavelength" ? &wavelength
+                              : arg == "--pitch"      ? &pitch
+                                                      : nullptr;
         if (arg == "--no-fractions") {
             fractions = false;
+            continue;
+        }
+        if (arg == "--photon-noise") {
+            photonNoise = true;
             continue;
         }
         if (target == nullptr || i + 1 >= argc) {
@@ -91,17 +115,40 @@ int main(int argc, char** argv) {
                                  : m == "normal-axis" ? Method::NormalAxis
                                                       : Method::Precise);
         }
-        std::cout << "method,size,sigma,angle,offset,noise,seed,depth,status,mtf50,true_mtf50,"
-                     "mtf50_error_percent,sfr_quarter_nyquist,true_quarter_nyquist,"
-                     "sfr_half_nyquist,true_half_nyquist,edge_angle,kernel_sigma\n";
-        for (double size : numbers(sizes)) {
+        const std::vector<double> sizeList = numbers(sizes);
+        std::vector<Blur> blurs;
+        if (lenses.empty()) {
             for (double sigma : numbers(sigmas)) {
+                char name[32];
+                std::snprintf(name, sizeof name, "gauss:%g", sigma);
+                blurs.push_back({name, sigma, nullptr});
+            }
+        } else {
+            const double largest = *std::max_element(sizeList.begin(), sizeList.end());
+            // A region's corner lies at most half its diagonal from an edge through its middle.
+            const double reach = 0.5 * std::sqrt(2.0) * largest + 3.0;
+            for (const std::string& text : split(lenses)) {
+                const auto lens = lensFromText(text, std::stod(wavelength), std::stod(pitch));
+                blurs.push_back(
+                    {text, 0.0,
+                     std::make_shared<talonvireo::render::EdgeSpreadTable>(lens, reach)});
+            }
+        }
+        std::cout << "method,lens,aperture,size,sigma,angle,offset,noise,photon_noise,seed,depth,"
+                     "status,mtf50,true_mtf50,mtf50_error_percent,sfr_quarter_nyquist,"
+                     "true_quarter_nyquist,sfr_half_nyquist,true_half_nyquist,edge_angle,"
+                     "kernel_sigma\n";
+        for (double size : sizeList) {
+            for (const Blur& blur : blurs) {
                 for (double angle : angleList) {
                     for (double offset : numbers(offsets)) {
                         for (double seed : numbers(seeds)) {
                             EdgeCase c;
                             c.size = static_cast<int>(size);
-                            c.sigma = sigma;
+                            c.sigma = blur.sigma;
+                            c.lens = blur.lens.get();
+                            c.aperture = std::stod(aperture);
+                            c.photonNoise = photonNoise;
                             c.angle = angle;
                             c.offset = offset;
                             c.noise = std::stod(noise);
@@ -113,12 +160,12 @@ int main(int argc, char** argv) {
                                 const std::vector<Reading> planes =
                                     readRawPlanes(c, {g.at(0), g.at(1), g.at(2)}, 1, &names);
                                 for (size_t k = 0; k < planes.size(); ++k) {
-                                    print(("raw-" + names[k]).c_str(), c, planes[k]);
+                                    print(("raw-" + names[k]).c_str(), blur.name, c, planes[k]);
                                 }
                                 continue;
                             }
                             for (Method m : methodList) {
-                                print(methodName(m), c, readEdge(c, m));
+                                print(methodName(m), blur.name, c, readEdge(c, m));
                             }
                         }
                     }

@@ -135,8 +135,7 @@ double EdgeSpreadTable::interpolate(int c, double x) const {
         const double t2 = t * t, t3 = t2 * t;
         return column_[kLine][a] * (2.0 * t3 - 3.0 * t2 + 1.0) +
                step_ * column_[kSlope][a] * (t3 - 2.0 * t2 + t) +
-               column_[kLine][b] * (3.0 * t2 - 2.0 * t3) +
-               step_ * column_[kSlope][b] * (t3 - t2);
+               column_[kLine][b] * (3.0 * t2 - 2.0 * t3) + step_ * column_[kSlope][b] * (t3 - t2);
     }
     const double left[3] = {column_[c][a], column_[c - 1][a], column_[c - 2][a]};
     const double right[3] = {column_[c][b], column_[c - 1][b], column_[c - 2][b]};
@@ -174,8 +173,8 @@ double EdgeSpreadTable::pixelLevel(double d, double w1, double w2) const {
         const double u = std::min(std::fabs(d) / step_, count_ - 1.0);
         const size_t k = std::min(static_cast<size_t>(u), static_cast<size_t>(count_ - 2));
         const double t = u - static_cast<double>(k);
-        const double slope = ((1.0 - t) * column_[kSlope][k] + t * column_[kSlope][k + 1]) *
-                             (d >= 0.0 ? 1.0 : -1.0);
+        const double slope =
+            ((1.0 - t) * column_[kSlope][k] + t * column_[kSlope][k + 1]) * (d >= 0.0 ? 1.0 : -1.0);
         return edgeSpread(d) + (w1 * w1 + w2 * w2) / 24.0 * slope;
     }
     if (w2 < kThinBox) {

@@ -35,8 +35,7 @@ double trueSfr(double f, const LensBlur& lens, double angleDeg, double aperture)
     return lens.mtf(f) * sinc(aperture * f * std::cos(a)) * sinc(aperture * f * std::sin(a));
 }
 
-double trueFrequencyAtLevel(double level, const LensBlur& lens, double angleDeg,
-                            double aperture) {
+double trueFrequencyAtLevel(double level, const LensBlur& lens, double angleDeg, double aperture) {
     // Walk up in small steps to the first crossing (a defocused transfer dips and rises
     // again), then halve the bracket.
     constexpr double kScan = 1e-3;
