@@ -88,8 +88,9 @@ Reading truthOf(const EdgeCase& c) {
     if (c.lens != nullptr) {
         const render::LensBlur& lens = c.lens->lens();
         r.trueMtf50 = render::trueFrequencyAtLevel(0.5, lens, c.angle, c.aperture);
-        r.trueQuarterNyquist = render::trueSfr(0.125, lens, c.angle, c.aperture);
-        r.trueHalfNyquist = render::trueSfr(0.25, lens, c.angle, c.aperture);
+        // An SFR is a modulus: past a defocused lens's first zero it reads the lobe's size.
+        r.trueQuarterNyquist = std::fabs(render::trueSfr(0.125, lens, c.angle, c.aperture));
+        r.trueHalfNyquist = std::fabs(render::trueSfr(0.25, lens, c.angle, c.aperture));
         return r;
     }
     r.trueMtf50 = render::trueMtf50(c.sigma, c.angle);
