@@ -124,10 +124,10 @@ void EdgeSpreadTable::tabulate() {
 
 double EdgeSpreadTable::interpolate(int c, double x) const {
     const double u = x / step_;
-    const int k = std::min(static_cast<int>(u), count_ - 2);
-    if (k < 0 || u > count_ - 1) {
+    if (!(u >= 0.0 && u <= count_ - 1)) {
         throw std::out_of_range("edge spread read beyond its table");
     }
+    const int k = std::min(static_cast<int>(u), count_ - 2);
     const size_t a = static_cast<size_t>(k), b = a + 1;
     const double t = u - k;
     if (c == kLine) {
@@ -168,6 +168,9 @@ double EdgeSpreadTable::pixelLevel(double d, double w1, double w2) const {
         std::swap(w1, w2);
     }
     const double p = 0.5 * w1, q = 0.5 * w2;
+    if (!(std::fabs(d) + p + q <= step_ * (count_ - 1))) {
+        throw std::out_of_range("pixel reaches beyond the edge spread table");
+    }
     if (w1 < kThinBox) {
         // Both boxes thin: the edge spread plus the boxes' variance times its curvature.
         const double u = std::min(std::fabs(d) / step_, count_ - 1.0);
