@@ -10,15 +10,15 @@
 #include <string>
 #include <vector>
 
-#include "BatchRecordFiles.h"
-#include "BatchRunner.h"
 #include "ChartFrame.h"
-#include "FrameFile.h"
-#include "FrameGrading.h"
-#include "FrameList.h"
-#include "Limits.h"
-#include "Members.h"
-#include "ResultDatabase.h"
+#include "station/BatchRecordFiles.h"
+#include "station/BatchRunner.h"
+#include "station/FrameFile.h"
+#include "station/FrameGrading.h"
+#include "station/FrameList.h"
+#include "station/Limits.h"
+#include "station/Members.h"
+#include "station/ResultDatabase.h"
 
 namespace {
 using namespace talonvireo;
@@ -30,7 +30,7 @@ constexpr int kLinks = 10;
 // The tray on disk, made once per process and removed at its end.
 struct Tray {
     fs::path folder = fs::temp_directory_path() / ("talonvireo-tray-" + std::to_string(getpid()));
-    std::vector<cli::FrameFileEntry> frames;
+    std::vector<station::FrameFileEntry> frames;
     Tray();
     ~Tray() { fs::remove_all(folder); }
 };
@@ -50,16 +50,17 @@ Tray::Tray() {
         const cv::Mat frame = render::exposeChart(
             render::chartCoverage(design.squares, shift, 0.7 + 0.15 * k, 4000, 3000), exposure);
         const fs::path first = folder / ("frame" + std::to_string(k) + "-0.raw");
-        cli::writeRawFrame(first.string(), frame, {4000, 3000, cli::Packing::Words16, 0, 0});
+        station::writeRawFrame(first.string(), frame,
+                               {4000, 3000, station::Packing::Words16, 0, 0});
         for (int l = 1; l < kLinks; ++l) {
             fs::create_hard_link(
                 first, folder / ("frame" + std::to_string(k) + "-" + std::to_string(l) + ".raw"));
         }
     }
-    frames = cli::listFrameFiles({folder.string()});
+    frames = station::listFrameFiles({folder.string()});
 }
 
-const std::vector<cli::FrameFileEntry>& tray() {
+const std::vector<station::FrameFileEntry>& tray() {
     static const Tray made;
     return made.frames;
 }
@@ -69,11 +70,11 @@ enum Record { kNone, kCsv, kDatabase };
 void BM_Batch(benchmark::State& state) {
     const int jobs = static_cast<int>(state.range(0));
     const Record record = static_cast<Record>(state.range(1));
-    const std::vector<cli::Member> members = cli::allMembers();
-    const cli::Member& member = *cli::findMember(members, "talonvireoSFR_raw10_HLX6C");
-    cli::FrameOptions options;
-    options.layout = {4000, 3000, cli::Packing::Words16, 0, 0};
-    cli::Limits limits;
+    const std::vector<station::Member> members = station::allMembers();
+    const station::Member& member = *station::findMember(members, "talonvireoSFR_raw10_HLX6C");
+    station::FrameOptions options;
+    options.layout = {4000, 3000, station::Packing::Words16, 0, 0};
+    station::Limits limits;
     limits.path = "bench";
     limits.zones = {{"all", 100, {}, {}, {}}};
     limits.zones[0].figures.sfrQuarterNyquist = 0.3;
@@ -90,15 +91,15 @@ void BM_Batch(benchmark::State& state) {
         fs::remove(scratch / "r.sqlite-shm");
         fs::remove(scratch / "r.csv");
         state.ResumeTiming();
-        std::optional<cli::ResultDatabase> db;
+        std::optional<station::ResultDatabase> db;
         std::int64_t run = 0;
         if (record == kDatabase) {
             db.emplace((scratch / "r.sqlite").string());
             run = db->beginRun({member.name, "{}", "", "", "bench"});
         }
-        cli::BatchRecordFiles files(cli::reportLayout(member, options),
-                                    record == kCsv ? (scratch / "r.csv").string() : "", "");
-        cli::runBatch(member, options, frames, jobs, nullptr, [&](cli::FrameOutcome&& outcome) {
+        station::BatchRecordFiles files(station::reportLayout(member, options),
+                                        record == kCsv ? (scratch / "r.csv").string() : "", "");
+        station::runBatch(member, options, frames, jobs, {}, [&](station::FrameOutcome&& outcome) {
             failed += outcome.passes() ? 0 : 1;
             if (db) {
                 db->recordFrame(run, outcome);

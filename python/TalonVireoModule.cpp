@@ -10,13 +10,13 @@
 #include <string>
 #include <vector>
 
-#include "CliError.h"
-#include "FrameGrading.h"
-#include "Limits.h"
-#include "Members.h"
-#include "PixelPitch.h"
-#include "RegionCut.h"
 #include "render/RegionEncoding.h"
+#include "station/Failure.h"
+#include "station/FrameGrading.h"
+#include "station/Limits.h"
+#include "station/Members.h"
+#include "station/PixelPitch.h"
+#include "station/RegionCut.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace py = pybind11;
@@ -44,6 +44,27 @@ int defaultFormat(const py::array& a) {
     throw py::error_already_set();
 }
 
+// The module's exception class for a station failure's cause.
+const char* exceptionFor(station::Cause cause) {
+    switch (cause) {
+        case station::Cause::BadInput:
+        case station::Cause::UnreadableFile:
+        case station::Cause::WrongFileSize:
+        case station::Cause::SampleDepth:
+            return "InvalidInput";
+        case station::Cause::NotLocated:
+        case station::Cause::RegionOutOfBounds:
+        case station::Cause::WrongChart:
+            return "ChartNotLocated";
+        case station::Cause::SfrFailed:
+            return "SfrCalculationFailed";
+        case station::Cause::None:
+        case station::Cause::Failed:
+            break;
+    }
+    return "Error";
+}
+
 // A divisor of 0 asks for no custom figure; anything else must be a finite number above 0.
 void checkDivisor(double freqDivisor) {
     if (!(freqDivisor >= 0.0) || !std::isfinite(freqDivisor)) {
@@ -60,11 +81,11 @@ py::object figureOrNone(double v) {
 
 py::list measureFrame(py::object raw, const std::string& member, int roiSize, int markSearchSize,
                       double freqDivisor) {
-    const std::vector<cli::Member> members = cli::allMembers();
-    const cli::Member* m = cli::findMember(members, member);
+    const std::vector<station::Member> members = station::allMembers();
+    const station::Member* m = station::findMember(members, member);
     if (m == nullptr) {
         std::string names;
-        for (const cli::Member& each : members)
+        for (const station::Member& each : members)
             names += " " + each.name;
         raise("InvalidInput", "unknown member '" + member + "'; one of:" + names);
     }
@@ -157,7 +178,7 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
                       std::to_string(f));
         }
     }
-    const bool mosaic = cli::isMosaicFormat(code);
+    const bool mosaic = station::isMosaicFormat(code);
     if (perChannelRaw && method != "precise") {
         raise("InvalidInput", "per_channel_raw needs method='precise'");
     }
@@ -259,36 +280,37 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
                         int markSearchSize, double freqDivisor, std::optional<std::string> limits,
                         const std::string& method, bool perChannelRaw,
                         std::optional<std::string> pixelPitch) {
-    const std::vector<cli::Member> members = cli::allMembers();
-    const cli::Member* m = cli::findMember(members, member);
+    const std::vector<station::Member> members = station::allMembers();
+    const station::Member* m = station::findMember(members, member);
     if (m == nullptr) {
         raise("InvalidInput", "unknown member '" + member + "'");
     }
     checkDivisor(freqDivisor);
     // Every option is checked, and the limits read, before the first frame.
-    cli::FrameOptions options;
+    station::FrameOptions options;
     try {
         options.param = SFRParam{static_cast<float>(freqDivisor), roiSize, markSearchSize};
         options.layout.width = width;
         options.layout.height = height;
-        options.layout.packing = cli::parsePacking(packing);
+        options.layout.packing = station::parsePacking(packing);
         options.layout.stride = stride;
         options.layout.offset = offset;
         if (stride < 0 || offset < 0) {
-            throw cli::CliError(cli::kExitBadArguments, "stride and offset are byte counts >= 0");
+            throw station::Failure(station::Cause::BadInput,
+                                   "stride and offset are byte counts >= 0");
         }
-        cli::checkRawLayout(options.layout);
-        options.precise = cli::parseMethod(method) == SfrMethod::kPrecise;
+        station::checkRawLayout(options.layout);
+        options.precise = station::parseMethod(method) == SfrMethod::kPrecise;
         options.planes = perChannelRaw;
         if (limits) {
-            options.limits = cli::readLimits(*limits);
+            options.limits = station::readLimits(*limits);
         }
         if (pixelPitch) {
-            options.pixelPitchUm = cli::parsePixelPitch(*pixelPitch);
+            options.pixelPitchUm = station::parsePixelPitch(*pixelPitch);
         }
-        cli::checkFrameOptions(options);
-    } catch (const cli::CliError& e) {
-        raise("InvalidInput", e.what());
+        station::checkFrameOptions(options);
+    } catch (const station::Failure& e) {
+        raise(exceptionFor(e.cause()), e.what());
     }
     std::vector<std::string> files;
     for (py::handle each : paths) {
@@ -297,17 +319,17 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
     EdgeTable table;
     std::size_t rows = 0;
     for (const std::string& file : files) {
-        cli::GradedFrame graded;
+        station::GradedFrame graded;
         std::string error;
         {
             py::gil_scoped_release unlocked;
             try {
-                graded = cli::gradeFrameFile(*m, file, options, stderr);
+                graded = station::gradeFrameFile(*m, file, options, stderr);
             } catch (const std::exception& e) {
                 error = e.what();
             }
         }
-        const cli::FrameReport& r = graded.report;
+        const station::FrameReport& r = graded.report;
         // A frame that fails is one row with its cause; the batch goes on.
         const std::size_t count = error.empty() ? r.rows.size() : 1;
         for (std::size_t i = 0; i < count; ++i) {
@@ -316,7 +338,7 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
             if (!error.empty()) {
                 continue;
             }
-            const cli::EdgeRow& e = r.rows[i];
+            const station::EdgeRow& e = r.rows[i];
             table.add("edge", py::int_(e.index));
             table.add("x", py::int_(e.measured.x));
             table.add("y", py::int_(e.measured.y));
@@ -334,14 +356,14 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
             }
             if (r.hasPitch()) {
                 table.add("mtf50_lp_per_mm",
-                          figureOrNone(cli::linePairsPerMm(e.mtf50, r.pixelPitchUm)));
+                          figureOrNone(station::linePairsPerMm(e.mtf50, r.pixelPitchUm)));
             }
             if (r.hasPrecise) {
                 table.add("precise_sfr_quarter_nyquist", figureOrNone(e.precise.sfrQuarterNyquist));
                 table.add("precise_sfr_half_nyquist", figureOrNone(e.precise.sfrHalfNyquist));
                 table.add("precise_mtf50", figureOrNone(e.precise.mtf50));
             }
-            for (const cli::CurveFigures& plane : e.planes) {
+            for (const station::CurveFigures& plane : e.planes) {
                 table.add("raw_" + plane.channel + "_mtf50", figureOrNone(plane.mtf50));
             }
             if (!r.limitsPath.empty()) {
@@ -414,7 +436,7 @@ PYBIND11_MODULE(talonvireo, m) {
     m.attr("EdgeRefused") = refused;
 
     py::list names;
-    for (const cli::Member& each : cli::allMembers())
+    for (const station::Member& each : station::allMembers())
         names.append(each.name);
     m.attr("MEMBERS") = names;
     m.attr("__version__") = TALONVIREO_VERSION;

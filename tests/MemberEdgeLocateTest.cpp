@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "ChartFrames.h"
-#include "Members.h"
-#include "RegionFigures.h"
+#include "station/Members.h"
+#include "station/RegionFigures.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
@@ -16,8 +16,9 @@ using namespace talonvireo;
 
 constexpr int kCapacity = 68;
 
-const cli::Member& memberNamed(const std::vector<cli::Member>& members, const std::string& name) {
-    const cli::Member* member = cli::findMember(members, name);
+const station::Member& memberNamed(const std::vector<station::Member>& members,
+                                   const std::string& name) {
+    const station::Member* member = station::findMember(members, name);
     if (member == nullptr) {
         throw std::runtime_error("no member " + name);
     }
@@ -28,8 +29,8 @@ class MemberEdgeLocate : public ::testing::TestWithParam<std::string> {};
 
 // One member of each chart and scale: its record's centres are the located ones truncated.
 TEST_P(MemberEdgeLocate, GivesTheCentresOfTheMembersRecord) {
-    const std::vector<cli::Member> members = cli::allMembers();
-    const cli::Member& member = memberNamed(members, GetParam());
+    const std::vector<station::Member> members = station::allMembers();
+    const station::Member& member = memberNamed(members, GetParam());
     const int width = member.eightK ? 7680 : 4000;
     const int height = member.eightK ? 4320 : 3000;
     cv::Mat raw = talonvireo::testing::renderRawChart(member.project, member.bits, width, height);
@@ -37,7 +38,7 @@ TEST_P(MemberEdgeLocate, GivesTheCentresOfTheMembersRecord) {
     std::vector<SFREdgeResult> edges;
     ASSERT_EQ(member.measure(raw.ptr<std::uint16_t>(), width, height, param, edges), 0);
 
-    const cv::Mat grey = cli::memberGrey(member, raw);
+    const cv::Mat grey = station::memberGrey(member, raw);
     std::vector<EdgeCentre> centres(kCapacity, EdgeCentre{-7.0f, -7.0f});
     const int count = locateMemberEdges(grey.data, width, height, member.chart(),
                                         param.markSearchSize, centres.data(), kCapacity);

@@ -11,20 +11,23 @@
 #include <vector>
 
 #include "BatchProgress.h"
-#include "BatchRecordFiles.h"
-#include "BatchRunner.h"
-#include "BatchSummaryPlot.h"
-#include "BatchTally.h"
-#include "CliError.h"
+#include "ExitStatus.h"
 #include "FrameArguments.h"
-#include "FrameList.h"
-#include "JsonDocument.h"
-#include "OutputFile.h"
-#include "ResultDatabase.h"
 #include "StopSignal.h"
+#include "station/BatchRecordFiles.h"
+#include "station/BatchRunner.h"
+#include "station/BatchSummaryPlot.h"
+#include "station/BatchTally.h"
+#include "station/FrameList.h"
+#include "station/JsonDocument.h"
+#include "station/OutputFile.h"
+#include "station/ResultDatabase.h"
 
 namespace talonvireo {
 namespace cli {
+
+// The commands are thin: what they run is the station's.
+using namespace station;
 
 namespace {
 constexpr int kMaxJobs = 256;
@@ -132,17 +135,19 @@ int run(const OptionValues& o) {
     {
         const StopSignal stop;
         BatchProgress progress(static_cast<int>(frames.size()), stderr);
-        runBatch(member, options, frames, jobs, &stop, [&](FrameOutcome&& outcome) {
-            if (db) {
-                db->recordFrame(runId, outcome);
-            }
-            files.write(outcome);
-            tally.add(outcome);
-            progress.update(tally.done, tally.failed());
-            if (plot && outcome.report) {
-                reports.push_back(std::move(*outcome.report));
-            }
-        });
+        runBatch(
+            member, options, frames, jobs, [&stop] { return stop.requested(); },
+            [&](FrameOutcome&& outcome) {
+                if (db) {
+                    db->recordFrame(runId, outcome);
+                }
+                files.write(outcome);
+                tally.add(outcome);
+                progress.update(tally.done, tally.failed());
+                if (plot && outcome.report) {
+                    reports.push_back(std::move(*outcome.report));
+                }
+            });
         progress.finish();
         tally.interrupted = stop.requested();
     }

@@ -8,18 +8,21 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "CliError.h"
-#include "DngWriter.h"
-#include "FrameFile.h"
-#include "JsonDocument.h"
-#include "OutputFile.h"
+#include "ExitStatus.h"
 #include "render/ChartDesign.h"
 #include "render/ChartRenderer.h"
 #include "render/ChartTruth.h"
 #include "render/SfrTruth.h"
+#include "station/DngWriter.h"
+#include "station/FrameFile.h"
+#include "station/JsonDocument.h"
+#include "station/OutputFile.h"
 
 namespace talonvireo {
 namespace cli {
+
+// The commands are thin: what they run is the station's.
+using namespace station;
 
 namespace {
 // Ring radii (markSearchSize) for which single-corner edge centres are listed.
@@ -123,7 +126,7 @@ int run(const OptionValues& o) {
     render::ChartProject project;
     const std::string name = o.text("--project", "K74T16BX");
     if (!render::parseProject(name, project)) {
-        throw CliError(kExitBadArguments, "unknown project '" + name + "'");
+        throw station::Failure(station::Cause::BadInput, "unknown project '" + name + "'");
     }
     const int width = o.integer("--width", 4000, 1, 20000);
     const int height = o.integer("--height", 3000, 1, 20000);
@@ -139,7 +142,7 @@ int run(const OptionValues& o) {
     render::ChartExposure exposure;
     exposure.bits = o.integer("--bits", 10, 8, 16);
     if (exposure.bits != 8 && exposure.bits != 10 && exposure.bits != 14 && exposure.bits != 16) {
-        throw CliError(kExitBadArguments, "--bits must be 8, 10, 14 or 16");
+        throw station::Failure(station::Cause::BadInput, "--bits must be 8, 10, 14 or 16");
     }
     exposure.bayer = o.has("--bayer");
     exposure.gainRed = o.number("--gain-r", 1.0, 0.0, 100.0);
@@ -161,13 +164,15 @@ int run(const OptionValues& o) {
     checkRawLayout(layout);
     const int most = packingBits(layout.packing);
     if (exposure.bits > most || (layout.packing == Packing::Mipi10 && exposure.bits != 10)) {
-        throw CliError(kExitBadArguments, "--packing " + packingName + " needs --bits " +
-                                              (layout.packing == Packing::Mipi10
-                                                   ? std::string("10")
+        throw station::Failure(
+            station::Cause::BadInput,
+            "--packing " + packingName + " needs --bits " +
+                (layout.packing == Packing::Mipi10 ? std::string("10")
                                                    : std::to_string(most) + " or fewer"));
     }
     if (o.has("--dng") && !exposure.bayer) {
-        throw CliError(kExitBadArguments, "--dng needs --bayer: a DNG holds a mosaic");
+        throw station::Failure(station::Cause::BadInput,
+                               "--dng needs --bayer: a DNG holds a mosaic");
     }
     checkOutputPath("--out", prefix + ".raw");
     checkImageOutputPath("--out", prefix + ".png");

@@ -11,7 +11,7 @@ struct Command {
     const char* summary;
     // Declares the command's operands and options (and its help footer).
     void (*declare)(OptionValues& options);
-    // Runs on the parsed options; returns the exit status or throws CliError.
+    // Runs on the parsed options; returns the exit status or throws station::Failure.
     int (*run)(const OptionValues& options);
 };
 

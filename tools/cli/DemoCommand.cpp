@@ -5,18 +5,21 @@
 #include <cmath>
 #include <cstdio>
 
-#include "CliError.h"
-#include "EdgeReport.h"
-#include "FieldPosition.h"
-#include "FrameJob.h"
-#include "Members.h"
-#include "OutputFile.h"
-#include "RegionFigures.h"
+#include "ExitStatus.h"
 #include "render/ChartRenderer.h"
 #include "render/RecordTruth.h"
+#include "station/EdgeReport.h"
+#include "station/FieldPosition.h"
+#include "station/FrameJob.h"
+#include "station/Members.h"
+#include "station/OutputFile.h"
+#include "station/RegionFigures.h"
 
 namespace talonvireo {
 namespace cli {
+
+// The commands are thin: what they run is the station's.
+using namespace station;
 
 namespace {
 void declare(OptionValues& o) {
@@ -67,17 +70,18 @@ int run(const OptionValues& o) {
     render::ChartProject project;
     const std::string projectName = o.text("--project", "K31R22BX");
     if (!render::parseProject(projectName, project)) {
-        throw CliError(kExitBadArguments, "unknown project '" + projectName +
-                                              "' (K31R22BX, K74T16BX, K83P09BQ or HLX6C)");
+        throw station::Failure(
+            station::Cause::BadInput,
+            "unknown project '" + projectName + "' (K31R22BX, K74T16BX, K83P09BQ or HLX6C)");
     }
     const int bits = o.integer("--bits", 10, 1, 16);
     const bool eightK = o.has("--8k");
     const std::vector<Member> members = allMembers();
     const Member* member = memberFor(members, project, bits, eightK);
     if (member == nullptr) {
-        throw CliError(kExitBadArguments, "no member measures " + projectName + " at " +
-                                              std::to_string(bits) + " bits" +
-                                              (eightK ? " on 8K frames" : ""));
+        throw station::Failure(station::Cause::BadInput,
+                               "no member measures " + projectName + " at " + std::to_string(bits) +
+                                   " bits" + (eightK ? " on 8K frames" : ""));
     }
     const double sigma = o.number("--sigma", 0.8, 0.3, 5.0);
     const SFRParam param{static_cast<float>(o.number("--freq-divisor", 8.0, 0.0, 1e6, true)),

@@ -2,14 +2,17 @@
 
 #include <string>
 
-#include "CliError.h"
-#include "FrameFile.h"
-#include "Limits.h"
-#include "PixelPitch.h"
-#include "RegionCut.h"
+#include "ExitStatus.h"
+#include "station/FrameFile.h"
+#include "station/Limits.h"
+#include "station/PixelPitch.h"
+#include "station/RegionCut.h"
 
 namespace talonvireo {
 namespace cli {
+
+// The commands are thin: what they run is the station's.
+using namespace station;
 
 namespace {
 constexpr int kMaxSide = 100000;  // pixels; far beyond any sensor, well inside int
@@ -64,12 +67,13 @@ void declareFrameArguments(OptionValues& o) {
 
 const Member& memberArgument(const OptionValues& o, const std::vector<Member>& members) {
     if (!o.has("--member")) {
-        throw CliError(kExitBadArguments, "--member is required; one of:" + memberNames(members));
+        throw station::Failure(station::Cause::BadInput,
+                               "--member is required; one of:" + memberNames(members));
     }
     const Member* member = findMember(members, o.text("--member"));
     if (member == nullptr) {
-        throw CliError(kExitBadArguments, "unknown member '" + o.text("--member") +
-                                              "'; one of:" + memberNames(members));
+        throw station::Failure(station::Cause::BadInput, "unknown member '" + o.text("--member") +
+                                                             "'; one of:" + memberNames(members));
     }
     return *member;
 }

@@ -5,9 +5,9 @@
 
 #include <vector>
 
-#include "FrameGrading.h"
-#include "Members.h"
 #include "OptionValues.h"
+#include "station/FrameGrading.h"
+#include "station/Members.h"
 
 namespace talonvireo {
 namespace cli {
@@ -17,13 +17,14 @@ namespace cli {
 // --chart-fit-limit.
 void declareFrameArguments(OptionValues& o);
 
-// The member --member names. Throws CliError (bad arguments) listing the members when it is
+// The member --member names. Throws station::Failure (bad input) listing the members when it is
 // missing or unknown.
-const Member& memberArgument(const OptionValues& o, const std::vector<Member>& members);
+const station::Member& memberArgument(const OptionValues& o,
+                                      const std::vector<station::Member>& members);
 
 // Every frame option, checked (a limits file is read here, before any measuring). Throws
-// CliError (bad arguments) naming the option at fault.
-FrameOptions frameArguments(const OptionValues& o);
+// station::Failure (bad input) naming the option at fault.
+station::FrameOptions frameArguments(const OptionValues& o);
 
 }  // namespace cli
 }  // namespace talonvireo

@@ -5,21 +5,24 @@
 #include <optional>
 #include <string>
 
-#include "CliError.h"
-#include "EdgeReport.h"
-#include "FieldCurve.h"
-#include "FieldPlot.h"
+#include "ExitStatus.h"
 #include "FrameArguments.h"
-#include "FrameFile.h"
-#include "FrameGrading.h"
-#include "Limits.h"
-#include "Members.h"
-#include "OutputFile.h"
-#include "PixelPitch.h"
-#include "RegionCut.h"
+#include "station/EdgeReport.h"
+#include "station/FieldCurve.h"
+#include "station/FieldPlot.h"
+#include "station/FrameFile.h"
+#include "station/FrameGrading.h"
+#include "station/Limits.h"
+#include "station/Members.h"
+#include "station/OutputFile.h"
+#include "station/PixelPitch.h"
+#include "station/RegionCut.h"
 
 namespace talonvireo {
 namespace cli {
+
+// The commands are thin: what they run is the station's.
+using namespace station;
 
 namespace {
 constexpr int kMaxSide = 100000;  // pixels; far beyond any sensor, well inside int
@@ -63,10 +66,11 @@ int run(const OptionValues& o) {
     const std::vector<Member> members = allMembers();
     const Member* member = &memberArgument(o, members);
     if (o.has("--json") && o.has("--csv")) {
-        throw CliError(kExitBadArguments, "--json and --csv exclude each other");
+        throw station::Failure(station::Cause::BadInput, "--json and --csv exclude each other");
     }
     if (o.has("--limits") && o.has("--min-sfr")) {
-        throw CliError(kExitBadArguments, "--limits and --min-sfr exclude each other");
+        throw station::Failure(station::Cause::BadInput,
+                               "--limits and --min-sfr exclude each other");
     }
     FrameOptions options = frameArguments(o);
     // The overlay needs the diagnosis too when the member fails.
@@ -89,11 +93,11 @@ int run(const OptionValues& o) {
                    shrinkTo(drawOverlay(greyView(graded.raw, member->bits), report, overlayWidth),
                             overlayWidth));
     };
-    const ExitStatus memberFailure = static_cast<ExitStatus>(report.memberExitStatus);
     if (report.partial() && !o.has("--partial")) {
         writeOverlay();
-        throw CliError(memberFailure,
-                       report.memberFailure + " (the overlay shows where each edge was found)");
+        throw station::Failure(
+            report.memberCause,
+            report.memberFailure + " (the overlay shows where each edge was found)");
     }
     if (o.has("--min-sfr")) {
         report.hasLimit = true;
@@ -118,7 +122,7 @@ int run(const OptionValues& o) {
     if (report.partial()) {
         std::fprintf(stderr, "talonvireo-sfr measure: %s (partial, region by region, on stdout)\n",
                      report.memberFailure.c_str());
-        return memberFailure;
+        return exitStatusFor(report.memberCause);
     }
     return report.failures() == 0 ? kExitOk : kExitBelowLimit;
 }

@@ -6,7 +6,7 @@
 #include <limits>
 #include <sstream>
 
-#include "CliError.h"
+#include "ExitStatus.h"
 
 namespace talonvireo {
 namespace cli {
@@ -69,12 +69,13 @@ int OptionValues::integer(const std::string& name, int fallback, int min, int ma
     const long long v = std::strtoll(t.c_str(), &end, 0);  // base 0: 0x100 too
     if (t.empty() || end != t.c_str() + t.size() ||
         std::isspace(static_cast<unsigned char>(t[0]))) {
-        throw CliError(kExitBadArguments, name + " takes an integer, not " + quoted(t));
+        throw station::Failure(station::Cause::BadInput,
+                               name + " takes an integer, not " + quoted(t));
     }
     if (errno == ERANGE || v < min || v > max) {
-        throw CliError(kExitBadArguments, name + " is out of range: " + quoted(t) + " (" +
-                                              std::to_string(min) + " .. " + std::to_string(max) +
-                                              ")");
+        throw station::Failure(station::Cause::BadInput, name + " is out of range: " + quoted(t) +
+                                                             " (" + std::to_string(min) + " .. " +
+                                                             std::to_string(max) + ")");
     }
     return static_cast<int>(v);
 }
@@ -89,14 +90,15 @@ double OptionValues::number(const std::string& name, double fallback, double min
     const double v = std::strtod(t.c_str(), &end);
     if (t.empty() || end != t.c_str() + t.size() ||
         std::isspace(static_cast<unsigned char>(t[0]))) {
-        throw CliError(kExitBadArguments, name + " takes a number, not " + quoted(t));
+        throw station::Failure(station::Cause::BadInput,
+                               name + " takes a number, not " + quoted(t));
     }
     const bool below = minExcluded ? !(v > min) : !(v >= min);
     if (!std::isfinite(v) || below || !(v <= max)) {
         const std::string range = minExcluded ? "above " + shown(min) + " and at most " + shown(max)
                                               : "from " + shown(min) + " to " + shown(max);
-        throw CliError(kExitBadArguments,
-                       name + " must be a number " + range + ", not " + quoted(t));
+        throw station::Failure(station::Cause::BadInput,
+                               name + " must be a number " + range + ", not " + quoted(t));
     }
     return v;
 }

@@ -33,10 +33,10 @@ public:
     std::string text(const std::string& name, const std::string& fallback = "") const;
     // Every value of an operand list (empty when none was given).
     std::vector<std::string> list(const std::string& name) const;
-    // Throws CliError (bad arguments) for a value that is not a whole number (decimal, or hex
+    // Throws station::Failure (bad input) for a value that is not a whole number (decimal, or hex
     // with 0x) or lies outside min .. max.
     int integer(const std::string& name, int fallback, int min, int max) const;
-    // Throws CliError (bad arguments) for a value that is not a finite number, or lies
+    // Throws station::Failure (bad input) for a value that is not a finite number, or lies
     // outside min .. max (above min only, when `minExcluded`).
     double number(const std::string& name, double fallback, double min, double max,
                   bool minExcluded = false) const;

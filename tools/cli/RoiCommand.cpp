@@ -5,18 +5,21 @@
 #include <optional>
 #include <sstream>
 
-#include "CliError.h"
-#include "CurvePlot.h"
-#include "EdgeReport.h"
-#include "FrameFile.h"
-#include "JsonDocument.h"
-#include "OutputFile.h"
-#include "RegionCut.h"
+#include "ExitStatus.h"
 #include "render/RegionEncoding.h"
+#include "station/CurvePlot.h"
+#include "station/EdgeReport.h"
+#include "station/FrameFile.h"
+#include "station/JsonDocument.h"
+#include "station/OutputFile.h"
+#include "station/RegionCut.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace talonvireo {
 namespace cli {
+
+// The commands are thin: what they run is the station's.
+using namespace station;
 
 namespace {
 namespace pf = talonvireo::PixelFormat;
@@ -32,7 +35,8 @@ int formatOf(const cv::Mat& image) {
         case CV_16UC3:
             return pf::Bgr16;
         default:
-            throw CliError(kExitUnreadableFile, "an image of 8- or 16-bit grey or colour needed");
+            throw station::Failure(station::Cause::UnreadableFile,
+                                   "an image of 8- or 16-bit grey or colour needed");
     }
 }
 
@@ -45,7 +49,7 @@ std::optional<cv::Rect> parseRect(const OptionValues& o) {
     std::istringstream in(o.text("--rect"));
     if (!(in >> r.x >> c1 >> r.y >> c2 >> r.width >> c3 >> r.height) || c1 != ',' || c2 != ',' ||
         c3 != ',' || in.peek() != std::char_traits<char>::eof()) {
-        throw CliError(kExitBadArguments, "--rect takes x,y,w,h (four integers)");
+        throw station::Failure(station::Cause::BadInput, "--rect takes x,y,w,h (four integers)");
     }
     return r;
 }
@@ -196,7 +200,8 @@ int run(const OptionValues& o) {
     const SfrMethod method = parseMethod(o.text("--method", "classic"));
     const bool planes = o.has("--per-channel-raw");
     if (planes && method != SfrMethod::kPrecise) {
-        throw CliError(kExitBadArguments, "--per-channel-raw needs --method precise");
+        throw station::Failure(station::Cause::BadInput,
+                               "--per-channel-raw needs --method precise");
     }
     if (o.has("--curve")) {
         checkOutputPath("--curve", o.text("--curve"));
@@ -213,24 +218,26 @@ int run(const OptionValues& o) {
         }
     } else {
         if (!hasFormat) {
-            throw CliError(kExitBadArguments, "a raw region needs --format");
+            throw station::Failure(station::Cause::BadInput, "a raw region needs --format");
         }
         const int type = render::formatMatrixType(format);
         if (type < 0) {
-            throw CliError(kExitBadArguments, "unknown --format " + o.text("--format"));
+            throw station::Failure(station::Cause::BadInput,
+                                   "unknown --format " + o.text("--format"));
         }
         image = readRawImage(path, width, height, type);
     }
     // The buffer handed to the library must hold what the format says, sample for sample.
     if (render::formatMatrixType(format) != image.type()) {
-        throw CliError(kExitBadArguments,
-                       "--format " + o.text("--format") + " does not fit the image's samples");
+        throw station::Failure(station::Cause::BadInput, "--format " + o.text("--format") +
+                                                             " does not fit the image's samples");
     }
     const Region region = cutRegion(image, format, rect, road, bits);
     if (planes && !isMosaicFormat(region.format)) {
-        throw CliError(kExitBadArguments,
-                       "--per-channel-raw needs a Bayer region (--format 0x01N or 0x02N, road "
-                       "opencv)");
+        throw station::Failure(
+            station::Cause::BadInput,
+            "--per-channel-raw needs a Bayer region (--format 0x01N or 0x02N, road "
+            "opencv)");
     }
 
     SfrCurveOptions options;
@@ -245,8 +252,8 @@ int run(const OptionValues& o) {
     const int status = measureSfrCurve(region.pixels.data, region.pixels.cols, region.pixels.rows,
                                        region.format, options, curve);
     if (status != 0) {
-        throw CliError(kExitSfrFailed,
-                       std::string("SFR calculation failed: ") + refusal(status, planes));
+        throw station::Failure(station::Cause::SfrFailed,
+                               std::string("SFR calculation failed: ") + refusal(status, planes));
     }
     if (o.has("--json")) {
         writeJson(stdout, curveJson(path, region, o.text("--road", "opencv"), curve, divisor));

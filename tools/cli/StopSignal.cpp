@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "CliError.h"
+#include "ExitStatus.h"
 
 namespace talonvireo {
 namespace cli {

@@ -11,12 +11,12 @@
 
 #include "BatchCommand.h"
 #include "ChartCommand.h"
-#include "CliError.h"
 #include "Command.h"
 #include "DemoCommand.h"
+#include "ExitStatus.h"
 #include "MeasureCommand.h"
 #include "RoiCommand.h"
-#include "ToolVersion.h"
+#include "station/ToolVersion.h"
 
 namespace {
 using namespace talonvireo::cli;
@@ -33,7 +33,8 @@ std::string commandName(const CLI::App& app) {
 int main(int argc, char** argv) {
     CLI::App app{"Slanted-edge SFR (ISO 12233 MTF) of camera-module chart frames.",
                  "talonvireo-sfr"};
-    app.set_version_flag("--version", std::string("talonvireo-sfr ") + kToolVersion);
+    app.set_version_flag("--version",
+                         std::string("talonvireo-sfr ") + talonvireo::station::kToolVersion);
     app.require_subcommand(1, 1);
     app.footer("Run 'talonvireo-sfr COMMAND --help' for a command's options.");
     const Command commands[] = {demoCommand(), measureCommand(), batchCommand(), roiCommand(),
@@ -82,9 +83,9 @@ int main(int argc, char** argv) {
         }
         try {
             return commands[i].run(*values[i]);
-        } catch (const CliError& e) {
+        } catch (const talonvireo::station::Failure& e) {
             std::fprintf(stderr, "talonvireo-sfr %s: %s\n", commands[i].name, e.what());
-            return e.status();
+            return exitStatusFor(e.cause());
         } catch (const std::exception& e) {
             std::fprintf(stderr, "talonvireo-sfr %s: failed: %s\n", commands[i].name, e.what());
             return kExitFailed;

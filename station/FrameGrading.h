@@ -1,0 +1,58 @@
+// One frame file measured, placed and graded: what `measure` prints and what the Python
+// module's measure_files returns, from the same code.
+#pragma once
+
+#include <cstdio>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include <opencv2/core.hpp>
+
+#include "station/EdgeReport.h"
+#include "station/FrameFile.h"
+#include "station/FrameJob.h"
+#include "station/Limits.h"
+#include "station/Members.h"
+
+namespace talonvireo {
+namespace station {
+
+struct FrameOptions {
+    SFRParam param{0.0f, 80, 100};
+    RawLayout layout;  // of a raw file
+    double chartFitLimit = kChartFitLimitPx;
+    bool precise = false;  // add the precise figures
+    bool planes = false;   // and each raw colour plane's
+    std::optional<Limits> limits;
+    double pixelPitchUm = std::numeric_limits<double>::quiet_NaN();
+    // When the member fails (chart not located, a region off the frame or refused), measure
+    // region by region instead and return that diagnosis (FrameReport::partial) rather than
+    // throwing.
+    bool partial = false;
+};
+
+// Throws Failure (bad input) for options that cannot go together: raw planes without the
+// precise method, a custom-frequency limit without a custom frequency.
+void checkFrameOptions(const FrameOptions& options);
+
+// An empty report with the flags a frame graded with these options gets (which figures,
+// units and verdicts it carries): the columns of a batch's tables before any frame is in.
+FrameReport reportLayout(const Member& member, const FrameOptions& options);
+
+struct GradedFrame {
+    cv::Mat raw;  // the frame's words, for pictures
+    FrameReport report;
+};
+
+// Reads `path` (a raw file in options.layout, a 16-bit image, or a camera raw file such as
+// DNG, whose mosaic must be RGGB and no deeper than the member's), checks it against the member
+// (depth warnings to `warnings`), measures it, checks the chart fit, fills every edge's field
+// position, the figures the options ask for and, with limits, every edge's verdict. Throws Failure
+// with the cause of a failure, except for a member failure under options.partial. An edge not
+// measured in a partial report fails any limit, with its state as the reason.
+GradedFrame gradeFrameFile(const Member& member, const std::string& path,
+                           const FrameOptions& options, std::FILE* warnings);
+
+}  // namespace station
+}  // namespace talonvireo
