@@ -19,21 +19,13 @@ double levelNear(const LocalLinearProfile& p, double b, double half, int lo, int
         }
         return sum / (z - a + 1);
     }
-    const double u =
-        std::clamp(b / p.step - p.first, static_cast<double>(lo), static_cast<double>(hi));
-    const int k = std::min(static_cast<int>(std::floor(u)), hi - 1);
-    if (k < lo) {
-        return p.level[static_cast<size_t>(lo)];
-    }
-    const double t = u - k;
-    return (1.0 - t) * p.level[static_cast<size_t>(k)] + t * p.level[static_cast<size_t>(k + 1)];
+    return p.levelAt(b, lo, hi);
 }
 }  // namespace
 
 std::vector<TailBlob> lineSpreadTail(const LocalLinearProfile& p, int from, int to, int direction,
                                      double coreEdge, double widening) {
     std::vector<TailBlob> out;
-    auto width = [&](double u) { return widening * u; };
     const int lo = std::min(from, to), hi = std::max(from, to);
     const int inLo = std::max(0, lo - 1), inHi = std::min(p.size() - 1, hi + 1);
     double boundary = p.position(from) - 0.5 * direction * p.step;
@@ -41,18 +33,18 @@ std::vector<TailBlob> lineSpreadTail(const LocalLinearProfile& p, int from, int 
     for (int k = from; direction > 0 ? k <= to : k >= to;) {
         // A blob about as long as it is wide: its own extent is then lost in its spread.
         const double beyond = std::fabs(p.position(k) - coreEdge);
-        const int length = std::max(1, static_cast<int>(width(beyond) / p.step));
+        const int length = std::max(1, static_cast<int>(widening * beyond / p.step));
         int n = 0;
         for (; n < length && (direction > 0 ? k <= to : k >= to); ++n) {
             k += direction;
         }
         const double next = boundary + direction * n * p.step;
-        const double half = 0.5 * width(std::fabs(next - coreEdge));
+        const double half = 0.5 * widening * std::fabs(next - coreEdge);
         const double nextLevel = levelNear(p, next, half, lo, hi);
         TailBlob blob;
         blob.position = 0.5 * (boundary + next);
         blob.weight = direction * (nextLevel - level) / p.step;
-        blob.width = width(std::fabs(blob.position - coreEdge));
+        blob.width = widening * std::fabs(blob.position - coreEdge);
         out.push_back(blob);
         boundary = next;
         level = nextLevel;
@@ -78,12 +70,8 @@ double scatterBeyond(const EdgeSamples& s, const EdgeFrame& frame, const LocalLi
             if (std::fabs(d - centre) <= reach || d < from || d >= to) {
                 continue;
             }
-            const double u = d / p.step - p.first;
-            const int k = std::clamp(static_cast<int>(u), lo, hi - 1);
-            const double t = u - k;
-            const double fitted = (1.0 - t) * p.level[static_cast<size_t>(k)] +
-                                  t * p.level[static_cast<size_t>(k + 1)];
-            sum += (level[j] - fitted) * (level[j] - fitted);
+            const double residual = level[j] - p.levelAt(d, lo, hi);
+            sum += residual * residual;
             ++n;
         }
     }

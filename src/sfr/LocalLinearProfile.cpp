@@ -78,6 +78,16 @@ std::vector<Sums> scatterBins(const SampleBins& bins, double sigma, int binsPerS
 }
 }  // namespace
 
+double LocalLinearProfile::levelAt(double x, int lo, int hi) const {
+    const double u = std::clamp(x / step - first, static_cast<double>(lo), static_cast<double>(hi));
+    const int k = std::min(static_cast<int>(std::floor(u)), hi - 1);
+    if (k < lo) {
+        return level[static_cast<size_t>(lo)];
+    }
+    const double t = u - k;
+    return (1.0 - t) * level[static_cast<size_t>(k)] + t * level[static_cast<size_t>(k + 1)];
+}
+
 double gaussianTransfer(double sigma, double f) {
     return std::exp(-2.0 * kPi * kPi * sigma * sigma * f * f);
 }

@@ -26,6 +26,8 @@ struct LocalLinearProfile {
 
     int size() const { return static_cast<int>(level.size()); }
     double position(int k) const { return (first + k) * step; }
+    // The level at distance x, interpolated between outputs and held within outputs lo..hi.
+    double levelAt(double x, int lo, int hi) const;
 };
 
 // Fits at every `binsPerStep`-th bin centre over the bins' whole range. Points whose samples

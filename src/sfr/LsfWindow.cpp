@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "sfr/SfrConstants.h"
-
 namespace talonvireo {
 namespace sfr {
 
@@ -28,17 +26,6 @@ double crossing(const LocalLinearProfile& p, int k, double target) {
     return p.position(k) + std::clamp(t, 0.0, 1.0) * p.step;
 }
 }  // namespace
-
-double LsfWindow::weight(double x) const {
-    const double u = std::fabs(x - centre);
-    if (u <= flat) {
-        return 1.0;
-    }
-    if (u >= flat + taper || taper <= 0.0) {
-        return 0.0;
-    }
-    return 0.5 * (1.0 + std::cos(kPi * (u - flat) / taper));
-}
 
 LsfWindow lsfWindowFor(const LocalLinearProfile& p) {
     LsfWindow w;

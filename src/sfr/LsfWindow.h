@@ -1,9 +1,9 @@
 // The line spread's extent, sized from the edge's own 10-90 % rise.
 //
-// The window is flat over a span set by the rise and falls to zero in a raised-cosine taper,
-// both scaled to the measured blur and kept within the span the samples cover. The line's
-// refinement looks at the samples under it; the spectrum keeps the flat part at full
-// resolution and the tails beyond it in widening blobs (LineSpreadTails.h).
+// A flat part and a taper beyond it, both scaled to the measured blur and kept within the
+// span the samples cover. The line's refinement looks at the samples within their reach; the
+// spectrum keeps the core at full resolution and the tails beyond it, out to the span the
+// samples cover, in widening blobs (LineSpreadTails.h).
 #pragma once
 
 #include "sfr/LocalLinearProfile.h"
@@ -21,7 +21,6 @@ struct LsfWindow {
     int hi = -1;
 
     double reach() const { return flat + taper; }
-    double weight(double x) const;
 };
 
 // Sizes the window from the profile's levels. `valid` outputs are those with enough weight.

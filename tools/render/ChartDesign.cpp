@@ -9,11 +9,12 @@
 
 #include "locate/LayoutTables.h"
 
+#include "render/Pi.h"
+
 namespace talonvireo {
 namespace render {
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 constexpr double kNominalSide = 200.0;
 constexpr double kSmallestSide = 150.0;
 constexpr double kSideStep = 2.0;

@@ -2,11 +2,12 @@
 
 #include <cmath>
 
+#include "render/Pi.h"
+
 namespace talonvireo {
 namespace render {
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 constexpr double kCentreX = 2000.0;
 constexpr double kCentreY = 1500.0;
 }  // namespace

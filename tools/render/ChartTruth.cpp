@@ -4,11 +4,12 @@
 #include <cmath>
 #include <map>
 
+#include "render/Pi.h"
+
 namespace talonvireo {
 namespace render {
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 
 // Chart point at ringRadius image pixels from the corner along a side (bisection on the
 // distance, which grows monotonically for any mild transform).

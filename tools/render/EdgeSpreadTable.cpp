@@ -5,12 +5,12 @@
 #include <stdexcept>
 
 #include "render/GaussLegendre.h"
+#include "render/Pi.h"
 
 namespace talonvireo {
 namespace render {
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 constexpr double kMaxReach = 4096.0;
 // Table step: 1/64 px up to a band of 4 cycles per pixel, finer beyond, so that the quintic
 // interpolation stays within about 1e-9 of the edge height for the sharpest lenses.

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "render/Pi.h"
+
 namespace talonvireo {
 namespace render {
 
@@ -10,13 +12,12 @@ QuadratureRule gaussLegendre(int n) {
     if (n < 1) {
         throw std::invalid_argument("quadrature needs at least one node");
     }
-    const double pi = 3.141592653589793;
     QuadratureRule rule;
     rule.nodes.resize(n);
     rule.weights.resize(n);
     // Newton's method on P_n from the Chebyshev-like first guess; nodes are symmetric.
     for (int i = 0; i < (n + 1) / 2; ++i) {
-        double x = std::cos(pi * (i + 0.75) / (n + 0.5));
+        double x = std::cos(kPi * (i + 0.75) / (n + 0.5));
         double derivative = 1.0;
         for (int iter = 0; iter < 100; ++iter) {
             double p0 = 1.0;

@@ -6,11 +6,12 @@
 #include <limits>
 #include <stdexcept>
 
+#include "render/Pi.h"
+
 namespace talonvireo {
 namespace render {
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 // exp(-37) is below 1e-16.
 constexpr double kNegligibleExponent = 37.0;
 

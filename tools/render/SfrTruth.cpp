@@ -2,11 +2,12 @@
 
 #include <cmath>
 
+#include "render/Pi.h"
+
 namespace talonvireo {
 namespace render {
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 
 double sinc(double x) {
     return x == 0.0 ? 1.0 : std::sin(kPi * x) / (kPi * x);

@@ -7,12 +7,12 @@
 
 #include "render/EdgeSpreadTable.h"
 #include "render/GaussLegendre.h"
+#include "render/Pi.h"
 
 namespace talonvireo {
 namespace render {
 
 namespace {
-constexpr double kPi = 3.141592653589793;
 constexpr int kNodes = 16;
 
 double normalCdf(double t) {
