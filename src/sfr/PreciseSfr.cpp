@@ -50,16 +50,15 @@ constexpr double kWideningPerNoise = 800.0;
 constexpr double kMinWidening = 0.1;
 constexpr double kMaxWidening = 1.5;
 
-// How fast the tails' blobs widen for these samples: from their scatter about the profile
-// beyond the core, relative to the edge's height, per square root of the rows along it.
-double tailWidening(const EdgeSamples& s, const EdgeFrame& frame, const LocalLinearProfile& p,
-                    const LsfWindow& window, double coreHalf) {
+// How fast the tails' blobs widen for these samples: from their scatter beyond the core,
+// relative to the edge's height, per square root of the rows along it.
+double tailWidening(const EdgeSamples& s, const FarField& far, const LsfWindow& window,
+                    double coreHalf) {
     if (window.height == 0.0) {
         return kMaxWidening;
     }
-    const double noise =
-        scatterBeyond(s, frame, p, window.centre, coreHalf + 1.0, window.lo, window.hi) /
-        (std::fabs(window.height) * std::sqrt(static_cast<double>(s.rows())));
+    const double noise = far.scatterBeyond(window.centre, coreHalf + 1.0) /
+                         (std::fabs(window.height) * std::sqrt(static_cast<double>(s.rows())));
     return std::clamp(kWideningPerNoise * noise, kMinWidening, kMaxWidening);
 }
 
@@ -185,10 +184,13 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
     }
     const EdgeFrame& frame = f.frame;
     const Construction& c = f.c;
-    // The whole region this time: the tails reach as far as the samples do.
-    const LocalLinearProfile profile =
-        profileOf(samples, frame, std::max(kMinRange, farthestSample(samples, frame)), c);
+    const LocalLinearProfile profile = profileOf(samples, frame, f.range, c);
     const LsfWindow window = lsfWindowFor(profile);
+    // Every sample for the tails: they reach as far as the region does.
+    const SampleBins all =
+        binByDistance(samples, c.weights.rowWeight, frame,
+                      std::max(kMinRange, farthestSample(samples, frame)), c.binWidth);
+    const FarField far(all);
 
     PreciseCurve curve;
     curve.kernelSigma = c.sigma;
@@ -210,10 +212,14 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
     }
     std::vector<TailBlob> tails;
     if (first >= 0) {
-        const double widening = tailWidening(samples, frame, profile, window, coreHalf);
-        tails = lineSpreadTail(profile, last + 1, window.hi, 1, window.centre + coreHalf, widening);
+        const double widening = tailWidening(samples, far, window, coreHalf);
+        const double step = profile.step;
+        tails =
+            lineSpreadTail(profile, window.lo, window.hi, far, profile.position(last) + 0.5 * step,
+                           far.last(), 1, window.centre + coreHalf, widening);
         const std::vector<TailBlob> left =
-            lineSpreadTail(profile, first - 1, window.lo, -1, window.centre - coreHalf, widening);
+            lineSpreadTail(profile, window.lo, window.hi, far, profile.position(first) - 0.5 * step,
+                           far.first(), -1, window.centre - coreHalf, widening);
         tails.insert(tails.end(), left.begin(), left.end());
     }
     if (first < 0) {

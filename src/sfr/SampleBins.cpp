@@ -35,8 +35,8 @@ SampleBins binByDistance(const EdgeSamples& samples, const std::vector<double>& 
     bins.width = width;
     bins.centre = static_cast<int>(std::ceil(range / width));
     const long n = 2L * bins.centre + 1;
-    for (auto* sums :
-         {&bins.count, &bins.sumOffset, &bins.sumOffset2, &bins.sumLevel, &bins.sumOffsetLevel}) {
+    for (auto* sums : {&bins.count, &bins.sumOffset, &bins.sumOffset2, &bins.sumLevel,
+                       &bins.sumOffsetLevel, &bins.sumLevel2}) {
         sums->assign(static_cast<size_t>(n), 0.0);
     }
     const double scale = frame.scale();
@@ -61,6 +61,7 @@ SampleBins binByDistance(const EdgeSamples& samples, const std::vector<double>& 
             bins.sumOffset2[k] += q * e * e;
             bins.sumLevel[k] += q * v;
             bins.sumOffsetLevel[k] += q * e * v;
+            bins.sumLevel2[k] += q * v * v;
         }
     }
     return bins;

@@ -22,6 +22,7 @@ struct SampleBins {
     std::vector<double> sumOffset2;      // their squares
     std::vector<double> sumLevel;        // levels
     std::vector<double> sumOffsetLevel;  // offset times level
+    std::vector<double> sumLevel2;       // squared levels
 
     int size() const { return static_cast<int>(count.size()); }
     double position(int k) const { return (k - centre) * width; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
 #include <limits>
 #include <utility>
 
@@ -25,20 +26,19 @@ SlopeSpectrum::SlopeSpectrum(std::vector<double> value, double first, double ste
       tails_(std::move(tails)),
       first_(first),
       step_(step),
-      kernelSigma_(kernelSigma) {
-    const double zero = 0.0;
-    moduli(&zero, 1, &dc_);
+      kernelSigma_(kernelSigma),
+      centre_(first + 0.5 * step * static_cast<double>(value_.size())) {
+    dc_ = std::fabs(transform(0.0).real());
 }
 
-void SlopeSpectrum::moduli(const double* f, int n, double* out) const {
+void SlopeSpectrum::coreTransforms(const double* f, int n, std::complex<double>* out) const {
     // Each frequency's rotation advances by a constant angle from one sample to the next.
     // Counting positions from the centre of the samples keeps the rounding of that running
     // rotation small.
-    const double centre = first_ + 0.5 * step_ * static_cast<double>(value_.size());
     double c[kLanes], s[kLanes], dc[kLanes], ds[kLanes], re[kLanes] = {}, im[kLanes] = {};
     for (int l = 0; l < kLanes; ++l) {
         const double fl = l < n ? f[l] : 0.0;
-        const double start = -kTwoPi * fl * (first_ - centre);
+        const double start = -kTwoPi * fl * (first_ - centre_);
         c[l] = std::cos(start);
         s[l] = std::sin(start);
         dc[l] = std::cos(-kTwoPi * fl * step_);
@@ -54,37 +54,54 @@ void SlopeSpectrum::moduli(const double* f, int n, double* out) const {
         }
     }
     for (int l = 0; l < n; ++l) {
-        // The tails: each blob's phasor times its Gaussian's transfer, where that is not
-        // negligible.
-        const double a = kTwoPi * kPi * f[l] * f[l];
-        for (const TailBlob& t : tails_) {
-            const double exponent = a * t.width * t.width;
-            if (exponent > kNegligibleExponent) {
-                continue;
-            }
-            const double g = t.weight * std::exp(-exponent);
-            const double phase = -kTwoPi * f[l] * (t.position - centre);
-            re[l] += g * std::cos(phase);
-            im[l] += g * std::sin(phase);
-        }
-        out[l] = std::hypot(re[l], im[l]);
+        out[l] = {re[l], im[l]};
     }
 }
 
+std::complex<double> SlopeSpectrum::transform(double f) const {
+    std::complex<double> sum;
+    coreTransforms(&f, 1, &sum);
+    // Each blob's phasor times its Gaussian's transfer, where that is not negligible.
+    const double a = kTwoPi * kPi * f * f;
+    for (const TailBlob& t : tails_) {
+        const double exponent = a * t.width * t.width;
+        if (exponent <= kNegligibleExponent) {
+            sum += std::polar(t.weight * std::exp(-exponent), -kTwoPi * f * (t.position - centre_));
+        }
+    }
+    return sum;
+}
+
 std::vector<double> SlopeSpectrum::sampled(int count, double step) const {
-    std::vector<double> out(static_cast<size_t>(std::max(count, 0)));
+    count = std::max(count, 0);
+    std::vector<std::complex<double>> sums(static_cast<size_t>(count));
     for (int base = 0; base < count; base += kLanes) {
         const int n = std::min(kLanes, count - base);
-        double f[kLanes], m[kLanes];
+        double f[kLanes];
         for (int l = 0; l < n; ++l) {
             f[l] = (base + l) * step;
         }
-        moduli(f, n, m);
-        for (int l = 0; l < n; ++l) {
-            out[static_cast<size_t>(base + l)] =
-                dc_ > 0.0 ? m[l] / dc_ / gaussianTransfer(kernelSigma_, f[l])
-                          : std::numeric_limits<double>::quiet_NaN();
+        coreTransforms(f, n, &sums[static_cast<size_t>(base)]);
+    }
+    // The tails on the evenly spaced frequencies: each blob's phasor turns by a constant
+    // angle per step, and its Gaussian exp(-a k^2) follows from one factor per step.
+    for (const TailBlob& t : tails_) {
+        const double a = kTwoPi * kPi * t.width * t.width * step * step;
+        const std::complex<double> turn = std::polar(1.0, -kTwoPi * step * (t.position - centre_));
+        const double ratio = std::exp(-2.0 * a);
+        std::complex<double> phasor = t.weight;
+        double factor = std::exp(-a);
+        for (int k = 0; k < count && a * k * k <= kNegligibleExponent; ++k) {
+            sums[static_cast<size_t>(k)] += phasor;
+            phasor *= turn * factor;
+            factor *= ratio;
         }
+    }
+    std::vector<double> out(static_cast<size_t>(count));
+    for (int k = 0; k < count; ++k) {
+        out[static_cast<size_t>(k)] = dc_ > 0.0 ? std::abs(sums[static_cast<size_t>(k)]) / dc_ /
+                                                      gaussianTransfer(kernelSigma_, k * step)
+                                                : std::numeric_limits<double>::quiet_NaN();
     }
     return out;
 }
@@ -93,9 +110,7 @@ double SlopeSpectrum::at(double f) const {
     if (!(dc_ > 0.0)) {
         return std::numeric_limits<double>::quiet_NaN();
     }
-    double m = 0.0;
-    moduli(&f, 1, &m);
-    return m / dc_ / gaussianTransfer(kernelSigma_, f);
+    return std::abs(transform(f)) / dc_ / gaussianTransfer(kernelSigma_, f);
 }
 
 double SlopeSpectrum::frequencyAtLevel(double level, const std::vector<double>& frequency,

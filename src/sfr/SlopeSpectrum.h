@@ -7,6 +7,7 @@
 // by that kernel's Gaussian response.
 #pragma once
 
+#include <complex>
 #include <vector>
 
 #include "sfr/LineSpreadTails.h"
@@ -37,14 +38,17 @@ public:
 
 private:
     static constexpr int kLanes = 4;  // independent phasor recurrences keep the multipliers busy
-    // |transform| at f[0 .. n), n <= kLanes, in one pass over the samples.
-    void moduli(const double* f, int n, double* out) const;
+    // The slope samples' transform at f[0 .. n), n <= kLanes, in one pass over them.
+    void coreTransforms(const double* f, int n, std::complex<double>* out) const;
+    // Samples and tails at f.
+    std::complex<double> transform(double f) const;
 
     std::vector<double> value_;
     std::vector<TailBlob> tails_;
     double first_;
     double step_;
     double kernelSigma_;
+    double centre_;  // phases count from here: the middle of the slope samples
     double dc_;
 };
 
