@@ -6,10 +6,12 @@
 //                           [--methods classic,normal-axis,precise] [--raw-gains R,G,B]
 //                           [--lenses f/4,f/8+defocus:4,gauss:0.5+skirt:0.05:8]
 //                           [--aperture 1] [--wavelength 0.537] [--pitch 4.345]
-//                           [--photon-noise] [--no-fractions]
+//                           [--photon-noise] [--no-fractions] [--plot FILE.png]
 // --raw-gains measures the four planes of an RG-phase mosaic (precise, per channel) instead.
 // --lenses replaces the Gaussian sigmas by lenses (see lensFromText), each pixel a square
 // aperture of side --aperture; --photon-noise adds Poisson noise of one photon per word step.
+// --plot draws each method's MTF50 error against the angle, a panel per blur, for the first
+// size, offset and seed.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -19,7 +21,9 @@
 #include <string>
 #include <vector>
 
+#include "accuracy/AccuracyPlot.h"
 #include "accuracy/MethodAccuracy.h"
+#include "station/OutputFile.h"
 
 namespace {
 using namespace talonvireo::accuracy;
@@ -69,7 +73,7 @@ int main(int argc, char** argv) {
     std::string sizes = "100,60", sigmas = "0.5,0.8,1.2,1.5", angles = "1:44:0.5",
                 offsets = "0,0.25,0.5,0.75", noise = "0", seeds = "1", depth = "8",
                 methods = "classic,normal-axis,precise", rawGains = "", lenses = "", aperture = "1",
-                wavelength = "0.537", pitch = "4.345";
+                wavelength = "0.537", pitch = "4.345", plot = "";
     bool fractions = true, photonNoise = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
@@ -86,6 +90,7 @@ int main(int argc, char** argv) {
                               : arg == "--aperture"   ? &aperture
                               : arg == "--wavelength" ? &wavelength
                               : arg == "--pitch"      ? &pitch
+                              : arg == "--plot"       ? &plot
                                                       : nullptr;
         if (arg == "--no-fractions") {
             fractions = false;
@@ -138,8 +143,11 @@ int main(int argc, char** argv) {
                      "status,mtf50,true_mtf50,mtf50_error_percent,sfr_quarter_nyquist,"
                      "true_quarter_nyquist,sfr_half_nyquist,true_half_nyquist,edge_angle,"
                      "kernel_sigma\n";
+        std::vector<AccuracyPanel> panels(blurs.size());
         for (double size : sizeList) {
-            for (const Blur& blur : blurs) {
+            for (size_t b = 0; b < blurs.size(); ++b) {
+                const Blur& blur = blurs[b];
+                panels[b].title = blur.lens ? blur.lens->lens().describe() : blur.name;
                 for (double angle : angleList) {
                     for (double offset : numbers(offsets)) {
                         for (double seed : numbers(seeds)) {
@@ -164,13 +172,46 @@ int main(int argc, char** argv) {
                                 }
                                 continue;
                             }
-                            for (Method m : methodList) {
-                                print(methodName(m), blur.name, c, readEdge(c, m));
+                            panels[b].series.resize(methodList.size());
+                            for (size_t k = 0; k < methodList.size(); ++k) {
+                                const Reading r = readEdge(c, methodList[k]);
+                                print(methodName(methodList[k]), blur.name, c, r);
+                                if (size == sizeList.front() &&
+                                    offset == numbers(offsets).front() &&
+                                    seed == numbers(seeds).front()) {
+                                    AccuracySeries& s = panels[b].series[k];
+                                    s.method = methodName(methodList[k]);
+                                    s.angle.push_back(angle);
+                                    s.error.push_back(r.mtf50ErrorPercent);
+                                }
                             }
                         }
                     }
                 }
             }
+        }
+        if (!plot.empty()) {
+            for (AccuracyPanel& panel : panels) {
+                for (AccuracySeries& s : panel.series) {
+                    // Simple-fraction angles come last in the sweep: draw in angle order.
+                    std::vector<size_t> order(s.angle.size());
+                    for (size_t k = 0; k < order.size(); ++k) {
+                        order[k] = k;
+                    }
+                    std::sort(order.begin(), order.end(),
+                              [&](size_t a, size_t b) { return s.angle[a] < s.angle[b]; });
+                    AccuracySeries sorted{s.method, {}, {}};
+                    for (size_t k : order) {
+                        sorted.angle.push_back(s.angle[k]);
+                        sorted.error.push_back(s.error[k]);
+                    }
+                    s = sorted;
+                }
+            }
+            char caption[96];
+            std::snprintf(caption, sizeof caption, "%g x %g px, %s-bit, aperture %s",
+                          sizeList.front(), sizeList.front(), depth.c_str(), aperture.c_str());
+            talonvireo::station::writeImage(plot, plotAccuracy(panels, caption));
         }
     } catch (const std::exception& e) {
         std::cerr << "talonvireo-method-sweep: " << e.what() << "\n";
