@@ -29,7 +29,8 @@ struct TailBlob {
 };
 
 // Every sample out to the region's reach, as running sums over fine bins (binByDistance over
-// the whole region): mean levels over any window and the scatter about local lines.
+// the whole region, which must outlive it): mean levels over any window and the scatter about
+// local lines.
 class FarField {
 public:
     explicit FarField(const SampleBins& bins);

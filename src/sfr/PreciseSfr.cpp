@@ -210,21 +210,18 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
         curve.esf.push_back(profile.level[k]);
         core.push_back(profile.slope[k]);
     }
-    std::vector<TailBlob> tails;
-    if (first >= 0) {
-        const double widening = tailWidening(samples, far, window, coreHalf);
-        const double step = profile.step;
-        tails =
-            lineSpreadTail(profile, window.lo, window.hi, far, profile.position(last) + 0.5 * step,
-                           far.last(), 1, window.centre + coreHalf, widening);
-        const std::vector<TailBlob> left =
-            lineSpreadTail(profile, window.lo, window.hi, far, profile.position(first) - 0.5 * step,
-                           far.first(), -1, window.centre - coreHalf, widening);
-        tails.insert(tails.end(), left.begin(), left.end());
-    }
     if (first < 0) {
         throw NoSpectrum();
     }
+    const double widening = tailWidening(samples, far, window, coreHalf);
+    const double halfStep = 0.5 * profile.step;
+    std::vector<TailBlob> tails =
+        lineSpreadTail(profile, window.lo, window.hi, far, profile.position(last) + halfStep,
+                       far.last(), 1, window.centre + coreHalf, widening);
+    const std::vector<TailBlob> left =
+        lineSpreadTail(profile, window.lo, window.hi, far, profile.position(first) - halfStep,
+                       far.first(), -1, window.centre - coreHalf, widening);
+    tails.insert(tails.end(), left.begin(), left.end());
     curve.lsf = core;
     const SlopeSpectrum spectrum(std::move(core), profile.position(first), profile.step, c.sigma,
                                  std::move(tails));
