@@ -51,5 +51,6 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)  # dpkg-shlibdeps finds OpenCV, libgomp, libstdc++
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "python3-numpy")
+# The Python module hands arrays in numpy and measure_files' tables as pandas DataFrames.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "python3-numpy, python3-pandas")
 include(CPack)

@@ -8,6 +8,7 @@
 
 #include "station/Failure.h"
 #include "station/FrameFile.h"
+#include "talonvireo/PixelFormat.h"
 
 namespace talonvireo {
 namespace station {
@@ -74,6 +75,23 @@ CameraRaw readCameraRaw(const std::string& path) {
     }
     out.camera = std::string(d.idata.make) + " " + d.idata.model;
     return out;
+}
+
+int bayerPhaseOf(const std::string& pattern) {
+    // A phase is named by the first row's two samples; the second row follows from them.
+    if (pattern == "RGGB") {
+        return PixelFormat::PhaseRG;
+    }
+    if (pattern == "GRBG") {
+        return PixelFormat::PhaseGR;
+    }
+    if (pattern == "GBRG") {
+        return PixelFormat::PhaseGB;
+    }
+    if (pattern == "BGGR") {
+        return PixelFormat::PhaseBG;
+    }
+    return 0;
 }
 
 void checkCameraRawFits(const CameraRaw& raw, const std::string& path, int memberBits,

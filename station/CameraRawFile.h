@@ -25,6 +25,10 @@ bool isCameraRawPath(const std::string& path);
 // sensor).
 CameraRaw readCameraRaw(const std::string& path);
 
+// The region API's Bayer phase code (PixelFormat::PhaseRG, PhaseGR, PhaseGB, PhaseBG) of a
+// CFA pattern ("RGGB", "GRBG", "GBRG", "BGGR"); 0 for any other pattern.
+int bayerPhaseOf(const std::string& pattern);
+
 // Throws Failure when a member of `bits`-bit samples expecting an RGGB mosaic cannot take
 // the file: another CFA phase (bad input) or deeper samples (sample depth), naming both.
 void checkCameraRawFits(const CameraRaw& raw, const std::string& path, int memberBits,

@@ -1,4 +1,5 @@
-// A picture of a measured SFR curve: every channel, Nyquist/4, Nyquist/2 and MTF50 marked.
+// A picture of a measured SFR curve: every channel in its own colour (by its name),
+// Nyquist/4, Nyquist/2 and MTF50 marked, and a legend naming each curve with its MTF50.
 #pragma once
 
 #include <opencv2/core.hpp>

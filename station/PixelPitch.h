@@ -7,7 +7,8 @@
 namespace talonvireo {
 namespace station {
 
-// Parses "1.12um", "1.12µm" or "0.00112mm" into micrometres. Throws Failure (bad
+// Parses "1.12um", "1.12µm" (micro sign or Greek mu), "1120nm" or "0.00112mm" into
+// micrometres. Throws Failure (bad
 // arguments) for a missing or unknown unit, or a pitch outside 0.1 .. 100 um.
 double parsePixelPitch(const std::string& text);
 

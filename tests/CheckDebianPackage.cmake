@@ -27,8 +27,9 @@ foreach(want "usr/bin/talonvireo-sfr" "usr/include/talonvireo/talonVireoSFR.h"
     endif()
 endforeach()
 run(dpkg-deb --field ${deb} Depends)
-if(NOT out MATCHES "libopencv-core" OR NOT out MATCHES "python3-numpy")
-    message(FATAL_ERROR "the package's dependencies miss OpenCV or numpy: ${out}")
+if(NOT out MATCHES "libopencv-core" OR NOT out MATCHES "python3-numpy"
+        OR NOT out MATCHES "python3-pandas")
+    message(FATAL_ERROR "the package's dependencies miss OpenCV, numpy or pandas: ${out}")
 endif()
 
 set(root ${WORK}/root)

@@ -1,6 +1,7 @@
 # Installs BUILD into a scratch prefix, then builds the consumer program against it twice,
 # with find_package and with pkg-config, and runs both; runs the installed tool and imports
-# the installed Python module (PYTHON), with no build tree and no library path set.
+# the installed Python module (PYTHON), with no build tree and no library path set; and builds
+# the consumer by the README's pkg-config lines (README).
 set(prefix ${WORK}/prefix)
 file(REMOVE_RECURSE ${WORK})
 macro(run)
@@ -31,6 +32,25 @@ set(ENV{LD_LIBRARY_PATH} ${CMAKE_MATCH_1})
 run(${WORK}/pkgconfig-consumer)
 
 unset(ENV{LD_LIBRARY_PATH})
+# The README's pkg-config lines as written, with this prefix and the consumer swapped in: the
+# program they build must find the library by itself (its rpath), with no library path set.
+if(README)
+    file(READ ${README} readme)
+    string(REGEX MATCH "export PKG_CONFIG_PATH=[^`]*" lines "${readme}")
+    if(NOT lines MATCHES "pkg-config")
+        message(FATAL_ERROR "the README shows no pkg-config build")
+    endif()
+    string(REPLACE "/opt/talonvireo" "${prefix}" lines "${lines}")
+    string(REPLACE "app.cpp" "${SOURCE}/consumer.cpp" lines "${lines}")
+    file(MAKE_DIRECTORY ${WORK}/readme-consumer)
+    file(WRITE ${WORK}/readme-consumer/build.sh "set -e\n${lines}")
+    execute_process(COMMAND bash build.sh WORKING_DIRECTORY ${WORK}/readme-consumer
+        RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT rc EQUAL 0)
+        message(FATAL_ERROR "the README's pkg-config build fails:\n${lines}\n${out}${err}")
+    endif()
+    run(${WORK}/readme-consumer/a.out)
+endif()
 execute_process(COMMAND ${prefix}/bin/talonvireo-sfr --version
     RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
 if(NOT rc EQUAL 0 OR NOT out MATCHES "^talonvireo-sfr [0-9]")

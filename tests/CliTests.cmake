@@ -2,16 +2,18 @@
 # Frames come from the tool's own renderer (fixture CliFrames) in one scratch folder.
 set(cli_dir ${CMAKE_CURRENT_BINARY_DIR}/cli)
 
-# cli_test(NAME STATUS MATCH [NOMATCH re] [FILES f...] [JSON] [JSON_FILES f...] [FIXTURE]
-#          ARGS a...)   JSON: stdout must be strict JSON; JSON_FILES: so must these files.
+# cli_test(NAME STATUS MATCH [NOMATCH re] [FILES f...] [JSON] [JSON_CHECK expr]
+#          [JSON_FILES f...] [FIXTURE] ARGS a...)   JSON: stdout must be strict JSON; JSON_CHECK:
+#          a Python expression on that document `d` that must hold (implies JSON); JSON_FILES:
+#          these files must be strict JSON too.
 function(cli_test)
-    cmake_parse_arguments(T "FIXTURE;JSON" "NAME;STATUS;MATCH;NOMATCH" "FILES;JSON_FILES;ARGS"
-        ${ARGN})
+    cmake_parse_arguments(T "FIXTURE;JSON" "NAME;STATUS;MATCH;NOMATCH;JSON_CHECK"
+        "FILES;JSON_FILES;ARGS" ${ARGN})
     string(JOIN "|" args ${T_ARGS})
     string(JOIN "|" files ${T_FILES})
     string(JOIN "|" json_files ${T_JSON_FILES})
     set(strict OFF)
-    if(T_JSON)
+    if(T_JSON OR T_JSON_CHECK)
         set(strict ON)
     endif()
     foreach(f IN LISTS T_FILES)
@@ -20,7 +22,8 @@ function(cli_test)
     add_test(NAME Cli.${T_NAME}
         COMMAND ${CMAKE_COMMAND} "-DCOMMAND=$<TARGET_FILE:talonvireo-sfr>|${args}"
             -DSTATUS=${T_STATUS} "-DMATCH=${T_MATCH}" "-DNOMATCH=${T_NOMATCH}" "-DFILES=${files}"
-            "-DJSON_FILES=${json_files}" -DSTRICT_JSON=${strict} -DWORKDIR=${cli_dir}
+            "-DJSON_FILES=${json_files}" -DSTRICT_JSON=${strict} "-DJSON_CHECK=${T_JSON_CHECK}"
+            -DWORKDIR=${cli_dir}
             -P ${CMAKE_CURRENT_SOURCE_DIR}/ExpectCommand.cmake)
     if(T_FIXTURE)
         set_tests_properties(Cli.${T_NAME} PROPERTIES FIXTURES_SETUP CliFrames)
@@ -402,6 +405,57 @@ cli_test(NAME roi.RefusesARoadWithoutBits STATUS 2 MATCH "need --bits 10, 14 or 
     ARGS roi h6.raw --width 4000 --height 3000 --format 0x021 --road edge-directed)
 cli_test(NAME roi.RefusesUnknownRoads STATUS 2 MATCH "unknown --road 'bilinear'"
     ARGS roi ${edge} --road bilinear)
+
+# ---- roi: camera raw files, the curve on stdout ----
+set(dng_edge h6d.dng --rect 1841,1576,80,80)
+cli_test(NAME roi.ReadsADngAsItsMosaic STATUS 0 JSON
+    JSON_CHECK "d['format'] == 0x022 and d['input'] == 'h6d.dng' and d['channels'][0]['channel'] == 'grey'"
+    ARGS roi ${dng_edge} --json)
+cli_test(NAME roi.TakesTheMembersRoadThroughADngAtItsOwnDepth STATUS 0 JSON
+    JSON_CHECK "d['road'] == 'malvar' and d['format'] == 0x100 and 0.7 < d['channels'][0]['sfr_quarter_nyquist'] < 1.1"
+    ARGS roi ${dng_edge} --road malvar --json)
+cli_test(NAME roi.MeasuresEachRawColourPlaneOfADng STATUS 0
+    MATCH "4 channels, precise method.*\n +R .*\n +Gr .*\n +Gb .*\n +B "
+    ARGS roi ${dng_edge} --method precise --per-channel-raw)
+cli_test(NAME roi.RefusesAFormatThatDoesNotFitADng STATUS 2
+    MATCH "--format 0x100 does not fit h6d.dng: its mosaic is RGGB in 16-bit words \\(0x021\\)"
+    ARGS roi ${dng_edge} --format 0x100)
+cli_test(NAME roi.RefusesADngLibRawCannotRead STATUS 3 MATCH "cannot read nope.dng as camera raw"
+    ARGS roi nope.dng)
+cli_test(NAME roi.WritesTheCurveToStdout STATUS 0
+    MATCH "^frequency,sfr_grey\n0\\.0+,1\\.0+\n([0-9.]+,[0-9.]*\n)+status 0, 1 channel"
+    ARGS roi ${edge} --curve -)
+cli_test(NAME roi.RefusesTheCurveOnStdoutBesideJson STATUS 2
+    MATCH "--curve - and --json both write to stdout" ARGS roi ${edge} --curve - --json)
+
+# ---- --json on a failure: still a document, with the error and the exit status ----
+cli_test(NAME json.MeasureFailureIsADocumentWithTheErrorAndExitStatus STATUS 5
+    MATCH "talonvireo-sfr measure: chart not located"
+    JSON_CHECK "d['kind'] == 'frame' and d['input'] == 'blank.raw' and d['schema_version'] >= 1 and 'tool_version' in d and d['error'].startswith('chart not located') and '\\n' not in d['error'] and d['exit_status'] == 5"
+    ARGS measure blank.raw --width 1000 --height 800 --member talonvireoSFR_raw10_HLX6C --json)
+cli_test(NAME json.MeasureBadArgumentsAreADocument STATUS 2
+    JSON_CHECK "d['error'].startswith('--roi must be 1 .. --mark') and d['exit_status'] == 2"
+    ARGS measure ${h6} --roi 120 --json)
+cli_test(NAME json.MeasurePartialCarriesTheErrorAndExitStatus STATUS 6
+    JSON_CHECK "d['partial']['member_exit_status'] == 6 and d['error'].startswith('region out of bounds') and d['exit_status'] == 6 and len(d['edges']) == 52"
+    ARGS measure ${crop} --partial --json)
+cli_test(NAME json.MeasureCarriesItsExitStatus STATUS 1
+    JSON_CHECK "d['exit_status'] == 1 and 'error' not in d" ARGS measure ${h6} --min-sfr 0.99 --json)
+cli_test(NAME json.RoiFailureIsADocumentWithTheErrorAndExitStatus STATUS 7
+    JSON_CHECK "d['kind'] == 'region' and d['input'] == 'g8.png' and d['error'].startswith('SFR calculation failed: edge contrast below 20 %') and d['exit_status'] == 7"
+    ARGS roi g8.png --rect 0,0,80,80 --json)
+cli_test(NAME json.RoiCarriesItsExitStatus STATUS 0
+    JSON_CHECK "d['exit_status'] == 0 and 'error' not in d" ARGS roi ${edge} --json)
+
+# ---- A region too small to trust is measured with a warning ----
+cli_test(NAME measure.WarnsOfARegionTooSmallToTrust STATUS 0
+    MATCH "warning: a region side of 30 px is below 40 px: the SFR of so small a region is unreliable"
+    ARGS measure ${h6} --roi 30)
+cli_test(NAME roi.WarnsOfARegionTooSmallToTrust STATUS 0
+    MATCH "warning: a region side of 30 px is below 40 px: the SFR of so small a region is unreliable"
+    ARGS roi g8.png --rect 1866,1596,30,40)
+cli_test(NAME roi.DoesNotWarnOfAFortyPixelRegion STATUS 0 NOMATCH "warning"
+    ARGS roi g8.png --rect 1861,1596,40,40)
 
 # ---- demo: the closing summary ----
 cli_test(NAME demo.EndsWithASummaryLine STATUS 0

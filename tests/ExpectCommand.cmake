@@ -2,7 +2,8 @@
 # output (stdout and stderr together) matches MATCH and does not match NOMATCH, that every
 # file of FILES ("|"-separated, relative to WORKDIR) exists and is not empty, and with
 # STRICT_JSON that stdout and every file of JSON_FILES parse as strict JSON (python3's
-# json module refuses NaN and Infinity there).
+# json module refuses NaN and Infinity there), and that JSON_CHECK, a Python expression on the
+# document `d` read from stdout, holds.
 string(REPLACE "|" ";" command "${COMMAND}")
 file(MAKE_DIRECTORY "${WORKDIR}")
 execute_process(COMMAND ${command} WORKING_DIRECTORY "${WORKDIR}"
@@ -48,6 +49,15 @@ if(STRICT_JSON)
     set(stdout_file "${WORKDIR}/stdout-${tag}.json")
     file(WRITE "${stdout_file}" "${out}")
     expect_strict_json("${stdout_file}")
+    if(DEFINED JSON_CHECK AND NOT "${JSON_CHECK}" STREQUAL "")
+        execute_process(COMMAND python3 -c
+                "import json,sys; d = json.load(open(sys.argv[1])); sys.exit(0 if (${JSON_CHECK}) else 'does not hold: ' + sys.argv[2] + '\\n' + json.dumps(d)[:2000])"
+                "${stdout_file}" "${JSON_CHECK}"
+            RESULT_VARIABLE check_rc ERROR_VARIABLE check_err)
+        if(NOT check_rc EQUAL 0)
+            message(FATAL_ERROR "stdout's document fails the check: ${check_err}")
+        endif()
+    endif()
     file(REMOVE "${stdout_file}")
 endif()
 if(DEFINED JSON_FILES AND NOT "${JSON_FILES}" STREQUAL "")

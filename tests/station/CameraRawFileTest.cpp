@@ -12,6 +12,7 @@
 #include "station/CameraRawFile.h"
 #include "station/DngWriter.h"
 #include "station/Failure.h"
+#include "talonvireo/PixelFormat.h"
 
 namespace {
 using namespace talonvireo::station;
@@ -111,6 +112,15 @@ TEST(CameraRawFile, CameraRawIsKnownByItsExtensionInAnyCase) {
     EXPECT_FALSE(isCameraRawPath("frame.raw"));
     EXPECT_FALSE(isCameraRawPath("frame.png"));
     EXPECT_FALSE(isCameraRawPath("dng"));
+}
+
+TEST(CameraRawFile, EachBayerPatternNamesItsRegionPhase) {
+    EXPECT_EQ(bayerPhaseOf("RGGB"), talonvireo::PixelFormat::PhaseRG);
+    EXPECT_EQ(bayerPhaseOf("GRBG"), talonvireo::PixelFormat::PhaseGR);
+    EXPECT_EQ(bayerPhaseOf("GBRG"), talonvireo::PixelFormat::PhaseGB);
+    EXPECT_EQ(bayerPhaseOf("BGGR"), talonvireo::PixelFormat::PhaseBG);
+    EXPECT_EQ(bayerPhaseOf("RGBG"), 0);
+    EXPECT_EQ(bayerPhaseOf(""), 0);
 }
 
 }  // namespace

@@ -13,6 +13,16 @@ TEST(PixelPitch, ReadsMicrometresAndMillimetres) {
     EXPECT_DOUBLE_EQ(parsePixelPitch("0.0014mm"), 1.4);
 }
 
+TEST(PixelPitch, ReadsTheGreekMuAndTheMicroSignAlike) {
+    EXPECT_DOUBLE_EQ(parsePixelPitch("1.12\u03bcm"), 1.12);  // Greek small mu
+    EXPECT_DOUBLE_EQ(parsePixelPitch("1.12\u00b5m"), 1.12);  // micro sign
+}
+
+TEST(PixelPitch, ReadsNanometres) {
+    EXPECT_DOUBLE_EQ(parsePixelPitch("1120nm"), 1.12);
+    EXPECT_DOUBLE_EQ(parsePixelPitch("800nm"), 0.8);
+}
+
 TEST(PixelPitch, RefusesAMissingUnitAndAnAbsurdPitch) {
     for (const char* bad : {"1.12", "1.12 um", "1.12nm", "um", "", "0.01um", "500um", "nanum"}) {
         EXPECT_THROW(parsePixelPitch(bad), Failure) << bad;

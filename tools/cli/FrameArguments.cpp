@@ -54,8 +54,9 @@ void declareFrameArguments(OptionValues& o) {
            "with --method precise: also measure the raw colour planes R, Gr, Gb, B under each "
            "region, each from its own samples");
     o.option("--pixel-pitch", "LENGTH",
-             "the sensor's pixel pitch with its unit (1.12um, 0.00112mm): MTF50 is also given in "
-             "line pairs per mm and line widths per picture height");
+             "the sensor's pixel pitch with its unit (1.12um, 1120nm, 0.00112mm; the micro sign "
+             "and the Greek mu stand for u too): MTF50 is also given in line pairs per mm and "
+             "line widths per picture height");
     o.option("--limits", "FILE.toml",
              "grade every edge against a limits file (minimums per field zone, orientation and "
              "slot on sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50): failing edges "

@@ -7,6 +7,7 @@
 
 #include "ExitStatus.h"
 #include "FrameArguments.h"
+#include "JsonOnFailure.h"
 #include "station/EdgeReport.h"
 #include "station/FieldCurve.h"
 #include "station/FieldPlot.h"
@@ -17,6 +18,7 @@
 #include "station/OutputFile.h"
 #include "station/PixelPitch.h"
 #include "station/RegionCut.h"
+#include "station/RegionSide.h"
 
 namespace talonvireo {
 namespace cli {
@@ -61,7 +63,7 @@ void declare(OptionValues& o) {
         "region-by-region report");
 }
 
-int run(const OptionValues& o) {
+int measure(const OptionValues& o) {
     // Every argument and output path is checked before the frame is read.
     const std::vector<Member> members = allMembers();
     const Member* member = &memberArgument(o, members);
@@ -73,6 +75,9 @@ int run(const OptionValues& o) {
                                "--limits and --min-sfr exclude each other");
     }
     FrameOptions options = frameArguments(o);
+    if (o.has("--roi") && !member->forced90) {
+        warnSmallRegion(options.param.roiSize, options.param.roiSize, stderr);
+    }
     // The overlay needs the diagnosis too when the member fails.
     options.partial = o.has("--partial") || o.has("--overlay");
     const double minSfr = o.number("--min-sfr", 0.0, 0.0, 2.0);
@@ -103,12 +108,14 @@ int run(const OptionValues& o) {
         report.hasLimit = true;
         report.minSfr = minSfr;
     }
-    if (o.has("--json")) {
-        writeJson(stdout, frameJson(report));
-    } else if (o.has("--csv")) {
-        printCsv(stdout, report);
-    } else {
-        printTable(stdout, report);
+    // The pictures first: a JSON document on stdout is the run's last word, so a picture that
+    // cannot be written leaves only the failure's document there.
+    if (!o.has("--json")) {
+        if (o.has("--csv")) {
+            printCsv(stdout, report);
+        } else {
+            printTable(stdout, report);
+        }
     }
     if (o.has("--overlay")) {
         writeOverlay();
@@ -119,12 +126,26 @@ int run(const OptionValues& o) {
     if (o.has("--field-curve")) {
         writeImage(o.text("--field-curve"), plotFieldCurve(report, true));
     }
+    const int status = report.partial()         ? exitStatusFor(report.memberCause)
+                       : report.failures() == 0 ? kExitOk
+                                                : kExitBelowLimit;
+    if (o.has("--json")) {
+        Json doc = frameJson(report);
+        if (report.partial()) {
+            doc["error"] = report.memberFailure;
+        }
+        doc["exit_status"] = status;
+        writeJson(stdout, doc);
+    }
     if (report.partial()) {
         std::fprintf(stderr, "talonvireo-sfr measure: %s (partial, region by region, on stdout)\n",
                      report.memberFailure.c_str());
-        return exitStatusFor(report.memberCause);
     }
-    return report.failures() == 0 ? kExitOk : kExitBelowLimit;
+    return status;
+}
+
+int run(const OptionValues& o) {
+    return runWithJsonOnFailure(o, "frame", "FRAME", measure);
 }
 }  // namespace
 
