@@ -38,6 +38,10 @@ if(TARGET talonvireo-sfr AND TALONVIREO_BUILD_TOOLS)
         INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     install(TARGETS talonvireo-sfr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     install(FILES ${PROJECT_SOURCE_DIR}/docs/talonvireo-sfr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    # The schemas of the tool's JSON documents, for the scripts that read them.
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/schema/
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/talonvireo/schema
+        FILES_MATCHING PATTERN "*.schema.json")
 endif()
 
 # A Debian package of everything installed: cpack -G DEB in the build folder.

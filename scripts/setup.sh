@@ -12,6 +12,7 @@ packages=(
     clang-format      # formatting check run by the test suite
     python3-dev pybind11-dev python3-numpy python3-pytest  # the Python module and its tests
     python3-pandas python3-dask python3-distributed  # measure_files' tables, and a cluster
+    python3-jsonschema  # the JSON documents checked against schema/
     clang-14 libclang-rt-14-dev libomp-14-dev  # libFuzzer and ThreadSanitizer builds
     valgrind          # memcheck over the end-to-end tests
     libcli11-dev nlohmann-json3-dev  # the command line's parser and JSON writer

@@ -21,7 +21,8 @@ run(dpkg-deb --contents ${deb})
 foreach(want "usr/bin/talonvireo-sfr" "usr/include/talonvireo/talonVireoSFR.h"
         "libtalonVireoSFR.so" "cmake/talonVireoSFR/talonVireoSFRConfig.cmake"
         "pkgconfig/talonVireoSFR.pc" "usr/share/man/man1/talonvireo-sfr.1"
-        "usr/lib/python3/dist-packages/talonvireo")
+        "usr/lib/python3/dist-packages/talonvireo"
+        "usr/share/talonvireo/schema/frame.schema.json")
     if(NOT out MATCHES "${want}")
         message(FATAL_ERROR "the package lacks ${want}:\n${out}")
     endif()

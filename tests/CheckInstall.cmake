@@ -62,6 +62,22 @@ execute_process(COMMAND ${prefix}/bin/talonvireo-sfr render --project HLX6C --wi
 if(NOT rc EQUAL 0)
     message(FATAL_ERROR "the installed tool does not render: ${out}${err}")
 endif()
+# The installed schemas, one per document; the rendered chart's truth follows its own.
+set(schemas ${prefix}/share/talonvireo/schema)
+foreach(document frame region chart-truth batch-row batch-run-options failure)
+    if(NOT EXISTS ${schemas}/${document}.schema.json)
+        message(FATAL_ERROR "the install lacks ${schemas}/${document}.schema.json")
+    endif()
+endforeach()
+if(PYTHON)
+    execute_process(COMMAND ${PYTHON} -c
+            "import json, sys, jsonschema; jsonschema.validate(json.load(open(sys.argv[1])), json.load(open(sys.argv[2])))"
+            ${WORK}/installed-render.json ${schemas}/chart-truth.schema.json
+        RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT rc EQUAL 0)
+        message(FATAL_ERROR "the installed tool's chart truth fails its installed schema: ${err}")
+    endif()
+endif()
 if(PYTHON)
     set(ENV{PYTHONPATH} ${prefix}/lib/python3/dist-packages)
     execute_process(COMMAND ${PYTHON} -c
