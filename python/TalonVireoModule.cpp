@@ -3,11 +3,13 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "render/RegionEncoding.h"
@@ -79,6 +81,33 @@ py::object figureOrNone(double v) {
     return std::isfinite(v) ? py::object(py::float_(v)) : py::object(py::none());
 }
 
+constexpr int kMaxSide = 100000;  // pixels; as the command line takes them
+constexpr int kMaxLayoutBytes = 1 << 30;
+
+// The region side and ring radius, by their Python names; the ring's bound by the frame width
+// comes only where the width is known (0: not yet).
+void checkRegionParams(const station::Member& m, int roiSize, int markSearchSize, int width) {
+    const int most = width > 0 ? width / 2 : kMaxSide;
+    if (markSearchSize < 1 || markSearchSize > most) {
+        raise("InvalidInput", "mark_search_size must be 1 .. " + std::to_string(most) +
+                                  (width > 0 ? " (half the frame width)" : "") + ", not " +
+                                  std::to_string(markSearchSize));
+    }
+    if (m.forced90) {
+        // These members cut 90 px regions whatever roi_size says; the ring must hold them.
+        if (markSearchSize < 90) {
+            raise("InvalidInput", "mark_search_size must be at least 90 for " + m.name + ", not " +
+                                      std::to_string(markSearchSize));
+        }
+        return;
+    }
+    if (roiSize < 1 || roiSize > markSearchSize) {
+        raise("InvalidInput", "roi_size must be 1 .. mark_search_size (" +
+                                  std::to_string(markSearchSize) + "), not " +
+                                  std::to_string(roiSize));
+    }
+}
+
 py::list measureFrame(py::object raw, const std::string& member, int roiSize, int markSearchSize,
                       double freqDivisor) {
     const std::vector<station::Member> members = station::allMembers();
@@ -95,6 +124,18 @@ py::list measureFrame(py::object raw, const std::string& member, int roiSize, in
         !py::reinterpret_borrow<py::array>(raw).dtype().is(py::dtype::of<std::uint16_t>()) ||
         py::reinterpret_borrow<py::array>(raw).ndim() != 2) {
         throw py::type_error("raw must be a 2-D numpy array of uint16 (rows x columns)");
+    }
+    // The shape is checked before anything is copied: a broadcast view of a few bytes can
+    // stand for a frame far larger than memory.
+    {
+        const py::array view = py::reinterpret_borrow<py::array>(raw);
+        const std::int64_t rows = static_cast<std::int64_t>(view.shape(0));
+        const std::int64_t cols = static_cast<std::int64_t>(view.shape(1));
+        if (rows > INT32_MAX || cols > INT32_MAX || rows * cols > INT32_MAX) {
+            raise("InvalidInput", "raw is " + std::to_string(rows) + " x " + std::to_string(cols) +
+                                      ": a frame may hold at most 2147483647 pixels");
+        }
+        checkRegionParams(*m, roiSize, markSearchSize, static_cast<int>(cols));
     }
     // Same dtype, so this only copies a non-contiguous view.
     auto frame = py::array_t<std::uint16_t, py::array::c_style>::ensure(raw);
@@ -243,11 +284,21 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
 // Columns of the table measure_files returns, filled row by row.
 class EdgeTable {
 public:
-    void add(const std::string& column, py::object value) { columns_[column].push_back(value); }
-    // Pads every column to `rows` values, so that a frame's missing figures stay aligned.
-    void pad(std::size_t rows) {
+    // Starts a row: every value added until the next call belongs to it.
+    void newRow() { ++rows_; }
+    // A column first met on a later row gets None for every row before it, so that each
+    // value lands on its own row whatever the rows before it lacked.
+    void add(const std::string& column, py::object value) {
+        std::vector<py::object>& values = columns_[column];
+        while (values.size() + 1 < rows_) {
+            values.push_back(py::none());
+        }
+        values.push_back(std::move(value));
+    }
+    // Pads every column to the rows so far.
+    void pad() {
         for (auto& [name, values] : columns_) {
-            while (values.size() < rows) {
+            while (values.size() < rows_) {
                 values.push_back(py::none());
             }
         }
@@ -272,10 +323,116 @@ public:
     }
 
 private:
+    std::size_t rows_ = 0;
     std::map<std::string, std::vector<py::object>> columns_;
 };
 
-py::object measureFiles(py::iterable paths, const std::string& member, int width, int height,
+// One path (str, bytes or os.PathLike) or an iterable of them: each as the file system takes
+// it, beside its text for the table.
+std::vector<std::pair<std::string, py::object>> pathList(const py::object& paths) {
+    const py::module_ os = py::module_::import("os");
+    std::vector<std::pair<std::string, py::object>> files;
+    const auto add = [&](const py::handle path) {
+        files.emplace_back(os.attr("fsencode")(path).cast<std::string>(),
+                           os.attr("fsdecode")(path));
+    };
+    // A string is iterable too, character by character: it is one path, as is a Path.
+    if (py::isinstance<py::str>(paths) || py::isinstance<py::bytes>(paths) ||
+        py::hasattr(paths, "__fspath__")) {
+        add(paths);
+        return files;
+    }
+    if (!py::isinstance<py::iterable>(paths)) {
+        throw py::type_error("paths must be a path or an iterable of paths");
+    }
+    for (const py::handle each : paths) {
+        add(each);
+    }
+    return files;
+}
+
+// measure_files' options, checked by their Python names before any frame is read.
+station::FrameOptions fileOptions(const station::Member& m, int width, int height,
+                                  const std::string& packing, int stride, int offset, int roiSize,
+                                  int markSearchSize, double freqDivisor,
+                                  const std::optional<std::string>& limits,
+                                  const std::string& method, bool perChannelRaw,
+                                  const std::optional<std::string>& pixelPitch) {
+    checkDivisor(freqDivisor);
+    checkRegionParams(m, roiSize, markSearchSize, 0);
+    for (const auto& [name, value] :
+         {std::pair<const char*, int>{"width", width}, {"height", height}}) {
+        if (value < 0 || value > kMaxSide) {
+            raise("InvalidInput", std::string(name) + " must be 0 (not a raw file) or 1 .. " +
+                                      std::to_string(kMaxSide) + ", not " + std::to_string(value));
+        }
+    }
+    if ((width == 0) != (height == 0)) {
+        raise("InvalidInput", std::string(width == 0 ? "width" : "height") +
+                                  " must be given with " + (width == 0 ? "height" : "width") +
+                                  ": a raw file needs both");
+    }
+    station::FrameOptions options;
+    options.param = SFRParam{static_cast<float>(freqDivisor), roiSize, markSearchSize};
+    options.layout.width = width;
+    options.layout.height = height;
+    try {
+        options.layout.packing = station::parsePacking(packing);
+    } catch (const station::Failure&) {
+        raise("InvalidInput",
+              "packing must be 'words16', 'mipi10', 'mipi12' or 'raw8', not '" + packing + "'");
+    }
+    if (offset < 0 || offset > kMaxLayoutBytes) {
+        raise("InvalidInput", "offset must be 0 .. " + std::to_string(kMaxLayoutBytes) +
+                                  " bytes, not " + std::to_string(offset));
+    }
+    const std::uint64_t line = station::packedLineBytes(width, options.layout.packing);
+    if (stride < 0 || stride > kMaxLayoutBytes ||
+        (stride > 0 && static_cast<std::uint64_t>(stride) < line)) {
+        raise("InvalidInput", "stride must be 0 (lines packed end to end) or " +
+                                  std::to_string(std::max<std::uint64_t>(line, 1)) + " .. " +
+                                  std::to_string(kMaxLayoutBytes) + " bytes, not " +
+                                  std::to_string(stride));
+    }
+    options.layout.stride = stride;
+    options.layout.offset = offset;
+    if (method != "classic" && method != "precise") {
+        raise("InvalidInput", "method must be 'classic' or 'precise', not '" + method + "'");
+    }
+    options.precise = method == "precise";
+    if (perChannelRaw && !options.precise) {
+        raise("InvalidInput", "per_channel_raw needs method='precise'");
+    }
+    options.planes = perChannelRaw;
+    if (pixelPitch) {
+        try {
+            options.pixelPitchUm = station::parsePixelPitch(*pixelPitch);
+        } catch (const station::Failure&) {
+            raise("InvalidInput",
+                  "pixel_pitch must be a length of 0.1 to 100 um with its unit, such as '1.12um' "
+                  "or '0.00112mm', not '" +
+                      *pixelPitch + "'");
+        }
+    }
+    try {
+        if (limits) {
+            options.limits = station::readLimits(*limits);  // its messages name the file
+        }
+    } catch (const station::Failure& e) {
+        raise(exceptionFor(e.cause()), e.what());
+    }
+    if (options.limits && options.limits->needsCustom() && !(freqDivisor > 0.0)) {
+        raise("InvalidInput", "freq_divisor must be above 0: the limits set sfr_custom");
+    }
+    try {
+        station::checkFrameOptions(options);
+    } catch (const station::Failure& e) {
+        raise(exceptionFor(e.cause()), e.what());
+    }
+    return options;
+}
+
+py::object measureFiles(const py::object& paths, const std::string& member, int width, int height,
                         const std::string& packing, int stride, int offset, int roiSize,
                         int markSearchSize, double freqDivisor, std::optional<std::string> limits,
                         const std::string& method, bool perChannelRaw,
@@ -285,40 +442,12 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
     if (m == nullptr) {
         raise("InvalidInput", "unknown member '" + member + "'");
     }
-    checkDivisor(freqDivisor);
-    // Every option is checked, and the limits read, before the first frame.
-    station::FrameOptions options;
-    try {
-        options.param = SFRParam{static_cast<float>(freqDivisor), roiSize, markSearchSize};
-        options.layout.width = width;
-        options.layout.height = height;
-        options.layout.packing = station::parsePacking(packing);
-        options.layout.stride = stride;
-        options.layout.offset = offset;
-        if (stride < 0 || offset < 0) {
-            throw station::Failure(station::Cause::BadInput,
-                                   "stride and offset are byte counts >= 0");
-        }
-        station::checkRawLayout(options.layout);
-        options.precise = station::parseMethod(method) == SfrMethod::kPrecise;
-        options.planes = perChannelRaw;
-        if (limits) {
-            options.limits = station::readLimits(*limits);
-        }
-        if (pixelPitch) {
-            options.pixelPitchUm = station::parsePixelPitch(*pixelPitch);
-        }
-        station::checkFrameOptions(options);
-    } catch (const station::Failure& e) {
-        raise(exceptionFor(e.cause()), e.what());
-    }
-    std::vector<std::string> files;
-    for (py::handle each : paths) {
-        files.push_back(py::str(py::module_::import("os").attr("fspath")(each)));
-    }
+    const station::FrameOptions options =
+        fileOptions(*m, width, height, packing, stride, offset, roiSize, markSearchSize,
+                    freqDivisor, limits, method, perChannelRaw, pixelPitch);
+    const bool withLimits = options.limits.has_value();
     EdgeTable table;
-    std::size_t rows = 0;
-    for (const std::string& file : files) {
+    for (const auto& [file, name] : pathList(paths)) {
         station::GradedFrame graded;
         std::string error;
         {
@@ -329,16 +458,22 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
                 error = e.what();
             }
         }
-        const station::FrameReport& r = graded.report;
-        // A frame that fails is one row with its cause; the batch goes on.
-        const std::size_t count = error.empty() ? r.rows.size() : 1;
-        for (std::size_t i = 0; i < count; ++i) {
-            table.add("file", py::str(file));
-            table.add("error", error.empty() ? py::object(py::none()) : py::str(error));
-            if (!error.empty()) {
-                continue;
+        if (!error.empty()) {
+            // A frame that fails is one row with its cause; the batch goes on. Graded, it
+            // fails: a frame that could not be measured never passes.
+            table.newRow();
+            table.add("file", name);
+            table.add("error", py::str(error));
+            if (withLimits) {
+                table.add("pass", py::bool_(false));
             }
-            const station::EdgeRow& e = r.rows[i];
+            continue;
+        }
+        const station::FrameReport& r = graded.report;
+        for (const station::EdgeRow& e : r.rows) {
+            table.newRow();
+            table.add("file", name);
+            table.add("error", py::none());
             table.add("edge", py::int_(e.index));
             table.add("x", py::int_(e.measured.x));
             table.add("y", py::int_(e.measured.y));
@@ -372,11 +507,9 @@ py::object measureFiles(py::iterable paths, const std::string& member, int width
                           e.failedLimit.empty() ? py::object(py::none()) : py::str(e.failedLimit));
                 table.add("pass", py::bool_(e.pass));
             }
-            table.pad(rows + i + 1);
         }
-        rows += count;
-        table.pad(rows);
     }
+    table.pad();
     return table.frame({"file",
                         "error",
                         "edge",
@@ -448,14 +581,16 @@ PYBIND11_MODULE(talonvireo, m) {
           "member (see MEMBERS) and returns one dict per edge: index, x, y, side, "
           "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom (None unless freq_divisor > 0, "
           "or where the figure does not exist). Raises ChartNotLocated, SfrCalculationFailed, "
-          "InvalidInput; TypeError for anything but a 2-D uint16 array.");
+          "InvalidInput (also for a frame over 2147483647 pixels, before anything is copied); "
+          "TypeError for anything but a 2-D uint16 array.");
     m.def("measure_files", &measureFiles, py::arg("paths"), py::arg("member"), py::arg("width") = 0,
           py::arg("height") = 0, py::arg("packing") = "words16", py::arg("stride") = 0,
           py::arg("offset") = 0, py::arg("roi_size") = 80, py::arg("mark_search_size") = 100,
           py::arg("freq_divisor") = 0.0, py::arg("limits") = py::none(),
           py::arg("method") = "classic", py::arg("per_channel_raw") = false,
           py::arg("pixel_pitch") = py::none(),
-          "Measures frame files (raw words with width and height; packing='mipi10', 'mipi12' "
+          "Measures frame files (one path or an iterable of paths; raw words with width and "
+          "height; packing='mipi10', 'mipi12' "
           "or 'raw8'; stride= bytes per padded line, offset= header bytes; a 16-bit "
           "PGM/PNG/TIFF; or a camera raw file such as DNG, read through LibRaw) with one "
           "member, exactly as "
@@ -463,8 +598,9 @@ PYBIND11_MODULE(talonvireo, m) {
           "file, error (None), edge, x, y, side, the member's figures, height_percent, "
           "azimuth_deg, orientation, and as asked mtf50 (limits needing it, pixel_pitch, "
           "method='precise'), the precise and raw-plane figures, zone, failed_limit and pass "
-          "(limits='file.toml'). A frame that cannot be measured is one row with its error; "
-          "the others go on. Raises InvalidInput for bad options or limits, before any frame.");
+          "(limits='file.toml'). A frame that cannot be measured is one row with its error (and "
+          "pass False with limits); the others go on. Raises InvalidInput for bad options or "
+          "limits, naming the parameter, before any frame is read.");
     m.def("sfr", &sfr, py::arg("region"), py::arg("format") = py::none(),
           py::arg("frequencies") = std::vector<double>{}, py::arg("normal_axis") = false,
           py::arg("method") = "classic", py::arg("per_channel_raw") = false,

@@ -2,6 +2,8 @@
 import ctypes
 import math
 import mmap
+import os
+import pathlib
 
 import numpy as np
 import pytest
@@ -313,3 +315,88 @@ def test_measure_files_over_a_dask_cluster_gives_the_single_process_table(frame_
             frame_files))
     spread = pd.concat(parts, ignore_index=True)
     pd.testing.assert_frame_equal(spread, single)
+
+
+# ---- measure_files: rows, paths, options and verdicts ----
+
+def test_measure_files_keeps_each_files_figures_on_its_own_rows_after_a_failure(frame_files):
+    pd = pytest.importorskip("pandas")
+    good, broken = frame_files[0], frame_files[3]
+    alone = talonvireo.measure_files([good], HLX6C_RAW10, width=4000, height=3000)
+    table = talonvireo.measure_files([broken, good], HLX6C_RAW10, width=4000, height=3000)
+    assert len(table) == 1 + 52
+    failed = table[table["file"] == broken]
+    assert len(failed) == 1
+    # The failed frame's row holds its cause and nothing of the frame after it.
+    assert failed.drop(columns=["file", "error"]).isna().all(axis=None)
+    own = table[table["file"] == good].reset_index(drop=True)
+    pd.testing.assert_frame_equal(own, alone)
+
+
+def test_measure_files_takes_one_path_as_one_file(frame_files):
+    pd = pytest.importorskip("pandas")
+    listed = talonvireo.measure_files([frame_files[0]], HLX6C_RAW10, width=4000, height=3000)
+    for one in (frame_files[0], pathlib.Path(frame_files[0]), os.fsencode(frame_files[0])):
+        table = talonvireo.measure_files(one, HLX6C_RAW10, width=4000, height=3000)
+        pd.testing.assert_frame_equal(table, listed)
+
+
+@pytest.mark.parametrize("option, value", [
+    ("roi_size", 0), ("roi_size", 101), ("mark_search_size", 0), ("mark_search_size", 10**6),
+    ("width", -1), ("height", -3000), ("height", 0), ("offset", -1), ("stride", -2),
+    ("stride", 100), ("packing", "mipi9"), ("method", "fast"), ("per_channel_raw", True),
+    ("pixel_pitch", "1.12"), ("pixel_pitch", "500um")])
+def test_measure_files_refuses_bad_options_by_name_before_reading_a_frame(frame_files, option,
+                                                                         value):
+    taken = []
+
+    def paths():
+        taken.append(True)
+        yield frame_files[0]
+
+    options = {"width": 4000, "height": 3000, option: value}
+    with pytest.raises(talonvireo.InvalidInput, match=rf"^{option} (must|needs) "):
+        talonvireo.measure_files(paths(), HLX6C_RAW10, **options)
+    assert not taken
+
+
+def test_measure_files_needs_a_divisor_for_custom_limits_by_name(frame_files, tmp_path):
+    limits = tmp_path / "custom.toml"
+    limits.write_text('[[zone]]\nname = "all"\nmax_height = 100\nsfr_custom = 0.1\n')
+    with pytest.raises(talonvireo.InvalidInput, match="^freq_divisor "):
+        talonvireo.measure_files(frame_files, HLX6C_RAW10, width=4000, height=3000,
+                                 limits=str(limits))
+
+
+@pytest.mark.parametrize("shape", [(100000, 100000), (46341, 46341), (1, 2**31), (2**31, 1)])
+def test_measure_frame_refuses_a_frame_too_large_before_copying_it(shape):
+    # A view of one sample: copying it into a frame would need gigabytes (or cannot be done).
+    huge = np.lib.stride_tricks.as_strided(np.zeros(1, np.uint16), shape=shape, strides=(0, 0))
+    with pytest.raises(talonvireo.InvalidInput, match="at most 2147483647 pixels"):
+        talonvireo.measure_frame(huge, member="talonvireoSFR_raw16")
+    wide = np.broadcast_to(np.zeros(1, np.uint16), shape)
+    with pytest.raises(talonvireo.InvalidInput, match="at most 2147483647 pixels"):
+        talonvireo.measure_frame(wide, member="talonvireoSFR_raw16")
+
+
+def test_measure_frame_names_the_region_parameters():
+    frame = np.zeros((300, 400), np.uint16)
+    with pytest.raises(talonvireo.InvalidInput, match="^roi_size must be 1 .. mark_search_size"):
+        talonvireo.measure_frame(frame, member="talonvireoSFR_raw16", roi_size=120,
+                                 mark_search_size=100)
+    with pytest.raises(talonvireo.InvalidInput, match=r"^mark_search_size must be 1 .. 200"):
+        talonvireo.measure_frame(frame, member="talonvireoSFR_raw16", mark_search_size=201)
+
+
+@pytest.mark.parametrize("broken_first", [True, False])
+def test_measure_files_fails_a_frame_it_cannot_measure(frame_files, tmp_path, broken_first):
+    limits = tmp_path / "lenient.toml"
+    limits.write_text('[[zone]]\nname = "all"\nmax_height = 100\nsfr_quarter_nyquist = 0.1\n')
+    good, broken = frame_files[0], frame_files[3]
+    files = [broken, good] if broken_first else [good, broken]
+    table = talonvireo.measure_files(files, HLX6C_RAW10, width=4000, height=3000,
+                                     limits=str(limits))
+    assert table["pass"].dtype == bool
+    assert table.loc[table["file"] == broken, "pass"].tolist() == [False]
+    assert table.loc[table["file"] == good, "pass"].all()
+    assert len(table) == 53
