@@ -13,7 +13,15 @@ namespace station {
 
 namespace {
 const std::set<std::string_view> kFigureKeys = {"sfr_quarter_nyquist", "sfr_half_nyquist",
-                                                "sfr_custom", "mtf50"};
+                                                "sfr_custom",          "mtf50",
+                                                "mtf50_lp_per_mm",     "mtf50_lw_per_ph"};
+// The figure keys, closing the list of a table's keys in a refusal.
+constexpr const char* kFigureList =
+    "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50, mtf50_lp_per_mm, mtf50_lw_per_ph)";
+
+bool needsPitch(std::string_view key) {
+    return key == "mtf50_lp_per_mm" || key == "mtf50_lw_per_ph";
+}
 
 [[noreturn]] void refuse(const std::string& path, const toml::source_region& where,
                          const std::string& what) {
@@ -38,13 +46,19 @@ bool readFigure(const std::string& path, std::string_view key, const toml::node&
     if (kFigureKeys.count(key) == 0) {
         return false;
     }
-    // SFR can exceed 1 a little on a sharpened edge; MTF50 is in cycles per pixel.
-    const double v =
-        key == "mtf50" ? number(path, node, key, 0.0, 1.0) : number(path, node, key, 0.0, 2.0);
+    // SFR can exceed 1 a little on a sharpened edge; MTF50 is in cycles per pixel, or in
+    // sensor units up to Nyquist of a 0.1 um pitch (5000 lp/mm) and of a 100k-row picture.
+    const double hi = key == "mtf50"             ? 1.0
+                      : key == "mtf50_lp_per_mm" ? 5000.0
+                      : key == "mtf50_lw_per_ph" ? 100000.0
+                                                 : 2.0;
+    const double v = number(path, node, key, 0.0, hi);
     (key == "sfr_quarter_nyquist" ? limits.sfrQuarterNyquist
      : key == "sfr_half_nyquist"  ? limits.sfrHalfNyquist
      : key == "sfr_custom"        ? limits.sfrCustom
-                                  : limits.mtf50) = v;
+     : key == "mtf50"             ? limits.mtf50
+     : key == "mtf50_lp_per_mm"   ? limits.mtf50LpPerMm
+                                  : limits.mtf50LwPerPh) = v;
     return true;
 }
 
@@ -53,8 +67,8 @@ FigureLimits figuresOf(const std::string& path, const toml::table& table, std::s
     for (auto&& [key, node] : table) {
         if (!readFigure(path, key.str(), node, limits)) {
             refuse(path, node.source(),
-                   "unknown key '" + std::string(key.str()) + "' in " + std::string(where) +
-                       " (sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50)");
+                   "unknown key '" + std::string(key.str()) + "' in " + std::string(where) + " (" +
+                       kFigureList);
         }
     }
     return limits;
@@ -70,9 +84,7 @@ const toml::table& tableAt(const std::string& path, const toml::node& node, std:
 // `where` names the table and opens the list of its keys; the figures close it.
 [[noreturn]] void unknownKey(const std::string& path, const toml::node& node, std::string_view key,
                              const std::string& where) {
-    refuse(path, node.source(),
-           "unknown key '" + std::string(key) + "' in " + where +
-               "sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50)");
+    refuse(path, node.source(), "unknown key '" + std::string(key) + "' in " + where + kFigureList);
 }
 
 void require(const std::string& path, const toml::table& table, bool present,
@@ -122,6 +134,7 @@ SlotLimits readSlot(const std::string& path, const toml::table& table) {
                 refuse(path, node.source(), "'index' must be a record slot, 0 to 1000");
             }
             slot.index = static_cast<int>(*v);
+            slot.line = static_cast<int>(node.source().begin.line);
             hasIndex = true;
         } else if (!readFigure(path, k, node, slot.figures)) {
             unknownKey(path, node, k, "a slot (index, ");
@@ -152,7 +165,9 @@ FigureLimits FigureLimits::overriddenBy(const FigureLimits& over) const {
     for (auto [mine, theirs] :
          {std::pair{&out.sfrQuarterNyquist, &over.sfrQuarterNyquist},
           std::pair{&out.sfrHalfNyquist, &over.sfrHalfNyquist},
-          std::pair{&out.sfrCustom, &over.sfrCustom}, std::pair{&out.mtf50, &over.mtf50}}) {
+          std::pair{&out.sfrCustom, &over.sfrCustom}, std::pair{&out.mtf50, &over.mtf50},
+          std::pair{&out.mtf50LpPerMm, &over.mtf50LpPerMm},
+          std::pair{&out.mtf50LwPerPh, &over.mtf50LwPerPh}}) {
         if (*theirs) {
             *mine = *theirs;
         }
@@ -175,10 +190,31 @@ bool setsFigure(const Limits& limits, std::optional<double> FigureLimits::*field
     }
     return false;
 }
+
+// The earliest key anywhere under `node` that needs a pixel pitch (the tables iterate in key
+// order, not file order).
+void findPitchKey(const toml::node& node, Limits& limits) {
+    if (const toml::table* table = node.as_table()) {
+        for (auto&& [key, child] : *table) {
+            const int line = static_cast<int>(child.source().begin.line);
+            if (needsPitch(key.str()) && (limits.pitchKey.empty() || line < limits.pitchLine)) {
+                limits.pitchKey = std::string(key.str());
+                limits.pitchLine = line;
+            }
+            findPitchKey(child, limits);
+        }
+    } else if (const toml::array* array = node.as_array()) {
+        for (const toml::node& child : *array) {
+            findPitchKey(child, limits);
+        }
+    }
+}
 }  // namespace
 
 bool Limits::needsMtf50() const {
-    return setsFigure(*this, &FigureLimits::mtf50);
+    return setsFigure(*this, &FigureLimits::mtf50) ||
+           setsFigure(*this, &FigureLimits::mtf50LpPerMm) ||
+           setsFigure(*this, &FigureLimits::mtf50LwPerPh);
 }
 
 bool Limits::needsCustom() const {
@@ -210,6 +246,7 @@ Limits readLimits(const std::string& path) {
             refuse(path, node.source(), "unknown key '" + std::string(k) + "' (zone, slot)");
         }
     }
+    findPitchKey(root, limits);
     if (limits.zones.empty()) {
         throw Failure(Cause::BadInput,
                       "limits " + path + ": no [[zone]]: at least one zone, with max_height");
@@ -222,6 +259,26 @@ Limits readLimits(const std::string& path) {
         }
     }
     return limits;
+}
+
+void checkLimitSlots(const Limits& limits, const std::string& member, int slots) {
+    for (const SlotLimits& slot : limits.slots) {
+        if (slot.index >= slots) {
+            throw Failure(Cause::BadInput, "limits " + limits.path + ":" +
+                                               std::to_string(slot.line) + ": [[slot]] index " +
+                                               std::to_string(slot.index) + " is not a slot of " +
+                                               member + "'s chart (0 to " +
+                                               std::to_string(slots - 1) + ")");
+        }
+    }
+}
+
+void checkLimitUnits(const Limits& limits, double pixelPitchUm) {
+    if (limits.needsPitch() && !std::isfinite(pixelPitchUm)) {
+        throw Failure(Cause::BadInput,
+                      "limits " + limits.path + ":" + std::to_string(limits.pitchLine) + ": '" +
+                          limits.pitchKey + "' needs a pixel pitch (--pixel-pitch)");
+    }
 }
 
 }  // namespace station

@@ -79,6 +79,43 @@ TEST(BatchSummaryPlot, WithoutFramesItStillDrawsTheAxesAndLimits) {
     EXPECT_GT(cv::countNonZero(grey < 100), 500);  // text, grid labels, dashed limits
 }
 
+TEST(BatchSummaryPlot, DrawsEveryLimitedFigureWithZoneBoundariesAndStepLines) {
+    // Three zones to 80 %: the edges above it (to 93.6 %) make a fourth, unzoned band.
+    Limits limits = threeZones();
+    limits.zones[2].maxHeight = 80;
+    limits.zones[1].figures.mtf50LpPerMm = 150.0;
+    std::vector<FrameReport> reports = syntheticBatch();
+    for (FrameReport& r : reports) {
+        r.pixelPitchUm = 1.12;
+        r.hasMtf50 = true;
+        r.height = 3000;
+        for (EdgeRow& row : r.rows) {
+            row.mtf50 = 0.2;  // 178.6 lp/mm
+        }
+    }
+    const cv::Mat img = plotBatchSummary(reports, &limits, "member", tallyOf(5));
+    // SFR at Nyquist/4, then MTF50: a panel each.
+    ASSERT_EQ(img.size(), cv::Size(1000, 1200));
+    // Four bands across x 70 .. 980: a grey boundary at each zone's max_height.
+    cv::Mat grey;
+    for (int k = 1; k <= 3; ++k) {
+        const int x = static_cast<int>(std::lround(70 + 910.0 / 4 * k));
+        cv::inRange(img(cv::Rect(x - 1, 80, 3, 440)), cv::Scalar::all(145), cv::Scalar::all(155),
+                    grey);
+        EXPECT_GT(cv::countNonZero(grey), 300) << "boundary " << k;
+    }
+    const auto black = [&](cv::Rect r) {
+        cv::Mat mask;
+        cv::inRange(img(r), cv::Scalar::all(0), cv::Scalar::all(10), mask);
+        return cv::countNonZero(mask);
+    };
+    // The centre's minimum 0.7 as a dashed step over its band (y 70 .. 530 for 0 .. 1).
+    EXPECT_GT(black(cv::Rect(75, 530 - static_cast<int>(0.7 * 460) - 1, 215, 3)), 150);
+    // MTF50 in lp/mm on an axis to 200: the 0.7F zone's 150 lp/mm minimum over its band.
+    const int y150 = 600 + 530 - static_cast<int>(std::lround(150.0 / 200.0 * 460));
+    EXPECT_GT(black(cv::Rect(305, y150 - 1, 215, 3)), 150);
+}
+
 TEST(BatchSummaryPlot, MatchesTheGoldenImage) {
     const std::string golden = std::string(TALONVIREO_GOLDEN_DIR) + "/batch_summary.png";
     const Limits limits = threeZones();

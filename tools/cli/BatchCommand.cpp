@@ -20,6 +20,7 @@
 #include "station/BatchTally.h"
 #include "station/FrameList.h"
 #include "station/JsonDocument.h"
+#include "station/Limits.h"
 #include "station/OutputFile.h"
 #include "station/ResultDatabase.h"
 
@@ -79,6 +80,11 @@ int run(const OptionValues& o) {
     const std::vector<Member> members = allMembers();
     const Member& member = memberArgument(o, members);
     const FrameOptions options = frameArguments(o);
+    if (options.limits) {
+        // Before any frame: otherwise every frame of the batch would fail on them alone.
+        checkLimitSlots(*options.limits, member.name, member.info->slots);
+        checkLimitUnits(*options.limits, options.pixelPitchUm);
+    }
     const int cores = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
     const int jobs = o.integer("--jobs", cores, 1, kMaxJobs);
     for (const char* output : {"--db", "--csv", "--jsonl"}) {
