@@ -11,8 +11,9 @@
 #include <opencv2/core.hpp>
 
 #include "ChartFrame.h"
+#include "api/LocateEntry.h"
 #include "api/LocateRecipes.h"
-#include "api/MeasurementPipeline.h"
+#include "api/MemberPass.h"
 #include "convert/GreyRoads.h"
 #include "talonvireo/talonVireoSFR.h"
 
@@ -98,7 +99,7 @@ void regionsInParallel(benchmark::State& state, ChartProject project) {
     constexpr int kPerSet = sizeof(Result::centres) / sizeof(Result::centres[0]);
     constexpr int kRegions = 2 * kPerSet;
     const cv::Mat grey = greyFrame(project, 4000, 3000);
-    std::vector<SFREdgeResult> entries(kRegions);
+    std::vector<EdgeCentre> centres(kRegions);
     {
         RegularSFR::MarkSearchMemo marks;
         const api::LocateImages images = api::LocateImages::at(grey, First::kScale, &marks);
@@ -106,16 +107,18 @@ void regionsInParallel(benchmark::State& state, ChartProject project) {
         First::template onImages<Param, Result>(images, Param{100}, r[0]);
         Second::template onImages<Param, Result>(images, Param{100}, r[1]);
         for (int i = 0; i < kRegions; ++i) {
-            entries[i].x = static_cast<int>(r[i / kPerSet].centres[i % kPerSet].x);
-            entries[i].y = static_cast<int>(r[i / kPerSet].centres[i % kPerSet].y);
+            centres[i] = {r[i / kPerSet].centres[i % kPerSet].x,
+                          r[i / kPerSet].centres[i % kPerSet].y};
         }
     }
+    // Any member row of the chart's slot count: every region roiSize (80) square.
+    MemberInfo member =
+        *findMember(kRegions == 68 ? "talonvireoSFR/K31R22BX" : "talonvireoSFR_raw16");
+    member.regionRule = RegionRule::kRoiSize;
     for (auto _ : state) {
-#pragma omp parallel for schedule(dynamic, 2)
-        for (int i = 0; i < kRegions; ++i) {
-            api::measureRegion(grey, 80, 4.0, entries[i]);
-        }
-        benchmark::DoNotOptimize(entries[0].sfrHalfNyquist);
+        const std::vector<api::SlotPass> slots =
+            api::measureSlots(grey, centres, member, 80, 4.0f, nullptr);
+        benchmark::DoNotOptimize(slots[0].entry.sfrHalfNyquist);
     }
 }
 

@@ -1,6 +1,7 @@
 // The thirteen whole-frame members on small fuzzed raw frames and parameters. Status 0, -1,
 // -2 or -3; on failure the caller's record is byte for byte what it was; the RQ8 members
-// leave roiSize at 90 whatever happened.
+// leave roiSize at 90 whatever happened. The frame report of the same member row gives the
+// member's own status, and its figures where the member measured.
 #include <cstdint>
 #include <cstring>
 
@@ -14,9 +15,12 @@ using namespace talonvireo::fuzz;
 template <class Record>
 using Member = int (*)(unsigned char*, int, int, const SFRParam&, Record&);
 
+thread_local int tRow = 0;  // the member table's row of the member under test
+
 template <class Record>
 void run(Member<Record> member, unsigned char* img, int width, int height, SFRParam param,
          bool rq8) {
+    const SFRParam asked = param;
     Record result;
     std::memset(&result, 0x5A, sizeof result);
     Record before;
@@ -27,12 +31,28 @@ void run(Member<Record> member, unsigned char* img, int width, int height, SFRPa
         contract(std::memcmp(&result, &before, sizeof result) == 0);
     }
     contract(!rq8 || param.roiSize == 90);
+
+    MemberFrameReport report;
+    const int reported =
+        measureMemberFrame(memberTable().rows[tRow], reinterpret_cast<const std::uint16_t*>(img),
+                           width, height, asked, {}, report);
+    contract(reported == 0 || reported == -1);
+    contract(reported == -1 || report.memberStatus == status);
+    if (reported == 0 && status == 0) {
+        const SFREdgeResult* entries = reinterpret_cast<const SFREdgeResult*>(&result);
+        for (std::size_t i = 0; i < report.slots.size(); ++i) {
+            contract(report.slots[i].x == entries[i].x && report.slots[i].y == entries[i].y);
+            contract(std::memcmp(&report.slots[i].sfrQuarterNyquist, &entries[i].sfrQuarterNyquist,
+                                 sizeof(float)) == 0);
+        }
+    }
 }
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzInput in(data, size);
     const int which = in.take<std::uint8_t>() % 13;
+    tRow = which;  // the switch below follows the member table's order
     const int width = foldSize(in.take<std::int16_t>(), 320);
     const int height = foldSize(in.take<std::int16_t>(), 240);
     SFRParam param;

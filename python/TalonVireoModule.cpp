@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,8 +14,10 @@
 #include <vector>
 
 #include "render/RegionEncoding.h"
+#include "station/EdgeColumns.h"
 #include "station/Failure.h"
 #include "station/FrameGrading.h"
+#include "station/FrameJob.h"
 #include "station/Limits.h"
 #include "station/Members.h"
 #include "station/PixelPitch.h"
@@ -57,6 +60,7 @@ const char* exceptionFor(station::Cause cause) {
         case station::Cause::NotLocated:
         case station::Cause::RegionOutOfBounds:
         case station::Cause::WrongChart:
+        case station::Cause::Misplaced:
             return "ChartNotLocated";
         case station::Cause::SfrFailed:
             return "SfrCalculationFailed";
@@ -75,6 +79,22 @@ void checkDivisor(double freqDivisor) {
               "figure), not " +
                   std::to_string(freqDivisor));
     }
+}
+
+py::object cellObject(const station::Cell& cell) {
+    if (const auto* i = std::get_if<long long>(&cell)) {
+        return py::int_(*i);
+    }
+    if (const auto* d = std::get_if<double>(&cell)) {
+        return py::float_(*d);
+    }
+    if (const auto* t = std::get_if<std::string>(&cell)) {
+        return py::str(*t);
+    }
+    if (const auto* b = std::get_if<bool>(&cell)) {
+        return py::bool_(*b);
+    }
+    return py::none();
 }
 
 py::object figureOrNone(double v) {
@@ -144,38 +164,30 @@ py::list measureFrame(py::object raw, const std::string& member, int roiSize, in
     }
     const int height = static_cast<int>(frame.shape(0));
     const int width = static_cast<int>(frame.shape(1));
-    // The members take a mutable pointer but only read the frame; `frame` keeps the array
-    // alive while the GIL is released.
-    const std::uint16_t* samples = frame.data();
-    SFRParam param{static_cast<float>(freqDivisor), roiSize, markSearchSize};
-    std::vector<SFREdgeResult> edges;
-    int status;
-    {
+    // The library only reads the frame; `frame` keeps the array alive while the GIL is
+    // released.
+    const cv::Mat words(height, width, CV_16UC1, const_cast<std::uint16_t*>(frame.data()));
+    const SFRParam param{static_cast<float>(freqDivisor), roiSize, markSearchSize};
+    station::FrameReport report;
+    try {
         py::gil_scoped_release unlocked;
-        status = m->measure(samples, width, height, param, edges);
+        report = station::measureRawFrame(*m, words, param);
+    } catch (const station::Failure& failure) {
+        raise(exceptionFor(failure.cause()), failure.what());
     }
-    switch (status) {
-        case 0:
-            break;
-        case -2:
-            raise("ChartNotLocated", "chart not located, or a region off the frame (status -2)");
-        case -3:
-            raise("SfrCalculationFailed", "SFR calculation failed on a region (status -3)");
-        default:
-            raise("InvalidInput",
-                  "frame or parameters refused (status " + std::to_string(status) + ")");
+    if (report.partial()) {
+        raise(exceptionFor(report.memberCause), report.memberFailure);
     }
     py::list out;
-    for (std::size_t i = 0; i < edges.size(); ++i) {
+    for (const station::EdgeRow& row : report.rows) {
         py::dict e;
-        e["index"] = i;
-        e["x"] = edges[i].x;
-        e["y"] = edges[i].y;
-        e["side"] =
-            m->regionSide(static_cast<int>(i), static_cast<int>(edges.size()), param.roiSize);
-        e["sfr_quarter_nyquist"] = figureOrNone(edges[i].sfrQuarterNyquist);
-        e["sfr_half_nyquist"] = figureOrNone(edges[i].sfrHalfNyquist);
-        e["sfr_custom"] = freqDivisor > 0.0 ? figureOrNone(edges[i].sfrCustom) : py::none();
+        e["edge"] = row.index;
+        e["x"] = row.measured.x;
+        e["y"] = row.measured.y;
+        e["side"] = row.side;
+        e["sfr_quarter_nyquist"] = figureOrNone(row.measured.sfrQuarterNyquist);
+        e["sfr_half_nyquist"] = figureOrNone(row.measured.sfrHalfNyquist);
+        e["sfr_custom"] = freqDivisor > 0.0 ? figureOrNone(row.measured.sfrCustom) : py::none();
         out.append(e);
     }
     return out;
@@ -282,51 +294,6 @@ py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<dou
 }
 
 // Columns of the table measure_files returns, filled row by row.
-class EdgeTable {
-public:
-    // Starts a row: every value added until the next call belongs to it.
-    void newRow() { ++rows_; }
-    // A column first met on a later row gets None for every row before it, so that each
-    // value lands on its own row whatever the rows before it lacked.
-    void add(const std::string& column, py::object value) {
-        std::vector<py::object>& values = columns_[column];
-        while (values.size() + 1 < rows_) {
-            values.push_back(py::none());
-        }
-        values.push_back(std::move(value));
-    }
-    // Pads every column to the rows so far.
-    void pad() {
-        for (auto& [name, values] : columns_) {
-            while (values.size() < rows_) {
-                values.push_back(py::none());
-            }
-        }
-    }
-    py::object frame(const std::vector<std::string>& order) {
-        py::dict data;
-        for (const std::string& name : order) {
-            auto it = columns_.find(name);
-            if (it != columns_.end()) {
-                data[py::str(name)] = py::cast(it->second);
-            }
-        }
-        py::object frame = py::module_::import("pandas").attr("DataFrame")(data);
-        // Whole-number columns stay whole (pandas' nullable integers) beside a failed frame.
-        py::dict whole;
-        for (const char* name : {"edge", "x", "y", "side"}) {
-            if (columns_.count(name) != 0) {
-                whole[name] = "Int64";
-            }
-        }
-        return frame.attr("astype")(whole);
-    }
-
-private:
-    std::size_t rows_ = 0;
-    std::map<std::string, std::vector<py::object>> columns_;
-};
-
 // One path (str, bytes or os.PathLike) or an iterable of them: each as the file system takes
 // it, beside its text for the table.
 std::vector<std::pair<std::string, py::object>> pathList(const py::object& paths) {
@@ -436,104 +403,91 @@ py::object measureFiles(const py::object& paths, const std::string& member, int 
                         const std::string& packing, int stride, int offset, int roiSize,
                         int markSearchSize, double freqDivisor, std::optional<std::string> limits,
                         const std::string& method, bool perChannelRaw,
-                        std::optional<std::string> pixelPitch) {
+                        std::optional<std::string> pixelPitch, bool acceptClipped) {
     const std::vector<station::Member> members = station::allMembers();
     const station::Member* m = station::findMember(members, member);
     if (m == nullptr) {
         raise("InvalidInput", "unknown member '" + member + "'");
     }
-    const station::FrameOptions options =
+    station::FrameOptions options =
         fileOptions(*m, width, height, packing, stride, offset, roiSize, markSearchSize,
                     freqDivisor, limits, method, perChannelRaw, pixelPitch);
-    const bool withLimits = options.limits.has_value();
-    EdgeTable table;
+    options.acceptClipped = acceptClipped;
+    if (options.limits) {
+        try {
+            station::checkLimitSlots(*options.limits, m->name, m->info->slots);
+            station::checkLimitUnits(*options.limits, options.pixelPitchUm);
+        } catch (const station::Failure& e) {
+            raise("InvalidInput", std::string("limits: ") + e.what());
+        }
+    }
+    // Every row has every column: the frame's own, then the edge columns these options
+    // give (the same table the command line's CSV and JSON and the database read).
+    const station::FrameReport layout = station::reportLayout(*m, options);
+    const std::vector<const station::EdgeColumn*> columns = station::columnsOf(layout);
+    std::vector<std::string> order = {"file", "error", "warnings"};
+    for (const station::EdgeColumn* c : columns) {
+        order.push_back(c->name);
+    }
+    std::map<std::string, std::vector<py::object>> table;
+    const py::module_ pyWarnings = py::module_::import("warnings");
     for (const auto& [file, name] : pathList(paths)) {
         station::GradedFrame graded;
         std::string error;
+        std::vector<std::string> warnings;
         {
             py::gil_scoped_release unlocked;
             try {
-                graded = station::gradeFrameFile(*m, file, options, stderr);
+                graded = station::gradeFrameFile(*m, file, options);
+                warnings = graded.report.warnings;
+            } catch (const station::Failure& e) {
+                error = e.what();
+                warnings = e.warnings();
             } catch (const std::exception& e) {
                 error = e.what();
             }
         }
+        // Warnings travel with the frame: in its rows, and through Python's own warnings, so
+        // that a notebook or a Dask worker's log shows them.
+        for (const std::string& w : warnings) {
+            pyWarnings.attr("warn")(py::str(py::str(name).cast<std::string>() + ": " + w));
+        }
+        const py::object warningText = py::str(station::joinWarnings(warnings));
         if (!error.empty()) {
             // A frame that fails is one row with its cause; the batch goes on. Graded, it
             // fails: a frame that could not be measured never passes.
-            table.newRow();
-            table.add("file", name);
-            table.add("error", py::str(error));
-            if (withLimits) {
-                table.add("pass", py::bool_(false));
+            table["file"].push_back(name);
+            table["error"].push_back(py::str(error));
+            table["warnings"].push_back(warningText);
+            for (const station::EdgeColumn* c : columns) {
+                table[c->name].push_back(std::strcmp(c->name, "pass") == 0
+                                             ? py::object(py::bool_(false))
+                                             : py::object(py::none()));
             }
             continue;
         }
         const station::FrameReport& r = graded.report;
         for (const station::EdgeRow& e : r.rows) {
-            table.newRow();
-            table.add("file", name);
-            table.add("error", py::none());
-            table.add("edge", py::int_(e.index));
-            table.add("x", py::int_(e.measured.x));
-            table.add("y", py::int_(e.measured.y));
-            table.add("side", py::int_(e.side));
-            table.add("sfr_quarter_nyquist", figureOrNone(e.measured.sfrQuarterNyquist));
-            table.add("sfr_half_nyquist", figureOrNone(e.measured.sfrHalfNyquist));
-            if (r.hasCustom()) {
-                table.add("sfr_custom", figureOrNone(e.measured.sfrCustom));
-            }
-            table.add("height_percent", figureOrNone(e.field.heightPercent));
-            table.add("azimuth_deg", figureOrNone(e.field.azimuthDeg));
-            table.add("orientation", py::str(e.field.orientation));
-            if (r.hasMtf50) {
-                table.add("mtf50", figureOrNone(e.mtf50));
-            }
-            if (r.hasPitch()) {
-                table.add("mtf50_lp_per_mm",
-                          figureOrNone(station::linePairsPerMm(e.mtf50, r.pixelPitchUm)));
-            }
-            if (r.hasPrecise) {
-                table.add("precise_sfr_quarter_nyquist", figureOrNone(e.precise.sfrQuarterNyquist));
-                table.add("precise_sfr_half_nyquist", figureOrNone(e.precise.sfrHalfNyquist));
-                table.add("precise_mtf50", figureOrNone(e.precise.mtf50));
-            }
-            for (const station::CurveFigures& plane : e.planes) {
-                table.add("raw_" + plane.channel + "_mtf50", figureOrNone(plane.mtf50));
-            }
-            if (!r.limitsPath.empty()) {
-                table.add("zone", py::str(e.zone));
-                table.add("failed_limit",
-                          e.failedLimit.empty() ? py::object(py::none()) : py::str(e.failedLimit));
-                table.add("pass", py::bool_(e.pass));
+            table["file"].push_back(name);
+            table["error"].push_back(py::none());
+            table["warnings"].push_back(warningText);
+            for (const station::EdgeColumn* c : columns) {
+                table[c->name].push_back(cellObject(c->value(r, e)));
             }
         }
     }
-    table.pad();
-    return table.frame({"file",
-                        "error",
-                        "edge",
-                        "x",
-                        "y",
-                        "side",
-                        "sfr_quarter_nyquist",
-                        "sfr_half_nyquist",
-                        "sfr_custom",
-                        "height_percent",
-                        "azimuth_deg",
-                        "orientation",
-                        "mtf50",
-                        "mtf50_lp_per_mm",
-                        "precise_sfr_quarter_nyquist",
-                        "precise_sfr_half_nyquist",
-                        "precise_mtf50",
-                        "raw_R_mtf50",
-                        "raw_Gr_mtf50",
-                        "raw_Gb_mtf50",
-                        "raw_B_mtf50",
-                        "zone",
-                        "failed_limit",
-                        "pass"});
+    py::dict data;
+    py::dict whole;
+    for (const std::string& column : order) {
+        data[py::str(column)] = py::cast(table[column]);
+    }
+    for (const station::EdgeColumn* c : columns) {
+        // Whole-number columns stay whole (pandas' nullable integers) beside a failed frame.
+        if (c->type == station::ColumnType::Integer) {
+            whole[c->name] = "Int64";
+        }
+    }
+    return py::module_::import("pandas").attr("DataFrame")(data).attr("astype")(whole);
 }
 
 }  // namespace
@@ -588,19 +542,23 @@ PYBIND11_MODULE(talonvireo, m) {
           py::arg("offset") = 0, py::arg("roi_size") = 80, py::arg("mark_search_size") = 100,
           py::arg("freq_divisor") = 0.0, py::arg("limits") = py::none(),
           py::arg("method") = "classic", py::arg("per_channel_raw") = false,
-          py::arg("pixel_pitch") = py::none(),
+          py::arg("pixel_pitch") = py::none(), py::arg("accept_clipped") = false,
           "Measures frame files (one path or an iterable of paths; raw words with width and "
           "height; packing='mipi10', 'mipi12' "
           "or 'raw8'; stride= bytes per padded line, offset= header bytes; a 16-bit "
           "PGM/PNG/TIFF; or a camera raw file such as DNG, read through LibRaw) with one "
           "member, exactly as "
           "talonvireo-sfr measure does, and returns a pandas DataFrame with one row per edge: "
-          "file, error (None), edge, x, y, side, the member's figures, height_percent, "
-          "azimuth_deg, orientation, and as asked mtf50 (limits needing it, pixel_pitch, "
-          "method='precise'), the precise and raw-plane figures, zone, failed_limit and pass "
-          "(limits='file.toml'). A frame that cannot be measured is one row with its error (and "
-          "pass False with limits); the others go on. Raises InvalidInput for bad options or "
-          "limits, naming the parameter, before any frame is read.");
+          "file, error (None), warnings (the frame's, '; '-separated), then the edge columns of "
+          "`talonvireo-sfr columns` these options give (edge, state, x, y, side, the member's "
+          "figures, mtf50, edge_angle_deg, contrast, snr, clipped_share, design_distance_px, "
+          "flags, field position, and as asked the custom, pitch, precise and raw-plane "
+          "figures, zone, failed_limit and pass). A flagged edge (clipped, off the design, SFR "
+          "above 1, low contrast, noisy) fails under limits; accept_clipped=True only warns of "
+          "clipping. Every warning is also raised through warnings.warn. A frame that cannot be "
+          "measured is one row with its error (and pass False with limits); the others go on. "
+          "Raises InvalidInput for bad options or limits, naming the parameter, before any "
+          "frame is read.");
     m.def("sfr", &sfr, py::arg("region"), py::arg("format") = py::none(),
           py::arg("frequencies") = std::vector<double>{}, py::arg("normal_axis") = false,
           py::arg("method") = "classic", py::arg("per_channel_raw") = false,

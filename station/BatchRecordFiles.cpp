@@ -1,8 +1,10 @@
 #include "station/BatchRecordFiles.h"
 
-#include <algorithm>
+#include <cstring>
 #include <fstream>
 
+#include "station/CsvField.h"
+#include "station/EdgeColumns.h"
 #include "station/Failure.h"
 #include "station/JsonDocument.h"
 
@@ -10,7 +12,7 @@ namespace talonvireo {
 namespace station {
 
 namespace {
-const char* const kFrameColumns = "frame,status,message,";
+const char* const kFrameColumns = "file,status,message,";
 
 // The first line of a file; empty when it does not exist or is empty.
 std::string firstLine(const std::string& path) {
@@ -20,17 +22,6 @@ std::string firstLine(const std::string& path) {
     return line;
 }
 }  // namespace
-
-std::string csvField(const std::string& text) {
-    if (text.find_first_of(",\"\n\r") == std::string::npos) {
-        return text;
-    }
-    std::string quoted = "\"";
-    for (const char c : text) {
-        quoted += c == '"' ? "\"\"" : std::string(1, c);
-    }
-    return quoted + "\"";
-}
 
 BatchRecordFiles::BatchRecordFiles(const FrameReport& layout, const std::string& csvPath,
                                    const std::string& jsonlPath)
@@ -66,11 +57,17 @@ void BatchRecordFiles::write(const FrameOutcome& outcome) {
                 printCsvRow(out, *outcome.report, row);
             }
         } else {
-            // The frame's own columns, then every edge column empty.
-            const auto columns = std::count(csvHeader_.begin(), csvHeader_.end(), ',');
-            std::fputs((frame + std::string(static_cast<std::size_t>(columns) - 3, ',')).c_str(),
-                       out);
-            std::fputc('\n', out);
+            // The frame's own columns, every edge column empty but its verdict (a frame that
+            // could not be measured fails), then the warnings it gathered before it failed.
+            std::string line = frame;
+            bool first = true;
+            for (const EdgeColumn* c : columnsOf(layout_)) {
+                line +=
+                    (first ? "" : ",") + std::string(std::strcmp(c->name, "pass") == 0 ? "0" : "");
+                first = false;
+            }
+            line += "," + csvField(joinWarnings(outcome.warnings()));
+            std::fprintf(out, "%s\n", line.c_str());
         }
         csv_->flush();
     }
@@ -85,9 +82,9 @@ void BatchRecordFiles::write(const FrameOutcome& outcome) {
         doc["duration_ms"] = outcome.milliseconds;
         doc["file_size_bytes"] = outcome.file.size;
         doc["modified_ns"] = outcome.file.modifiedNs;
-        if (outcome.report) {
-            doc["pass"] = outcome.passes();
-        }
+        // Never null: a frame that could not be measured does not pass.
+        doc["pass"] = outcome.passes();
+        doc["warnings"] = outcome.warnings();
         const std::string line = doc.dump(-1, ' ', false, Json::error_handler_t::replace);
         std::fprintf(jsonl_->get(), "%s\n", line.c_str());
         jsonl_->flush();

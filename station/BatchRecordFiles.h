@@ -30,8 +30,5 @@ private:
     std::unique_ptr<OutputFile> jsonl_;
 };
 
-// `text` as one CSV field: quoted, quotes doubled, when it holds a comma, quote or newline.
-std::string csvField(const std::string& text);
-
 }  // namespace station
 }  // namespace talonvireo

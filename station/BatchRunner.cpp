@@ -23,12 +23,13 @@ FrameOutcome measureFrameFile(const Member& member, const FrameFileEntry& file,
     outcome.file = file;
     const auto start = std::chrono::steady_clock::now();
     try {
-        // Depth warnings are not printed: they would tear the progress line, and a frame
-        // too dim to measure says so in its cause.
-        outcome.report = gradeFrameFile(member, file.path, options, nullptr).report;
+        // Warnings are not printed: they would tear the progress line; they travel with the
+        // frame into its records.
+        outcome.report = gradeFrameFile(member, file.path, options).report;
     } catch (const Failure& e) {
         outcome.cause = e.cause();
         outcome.message = e.what();
+        outcome.failureWarnings = e.warnings();
     } catch (const std::bad_alloc&) {
         outcome.cause = Cause::Failed;
         outcome.message = "out of memory";

@@ -64,6 +64,7 @@ CameraRaw readCameraRaw(const std::string& path) {
                        d.sizes.raw_pitch);
     out.mosaic = full(cv::Rect(d.sizes.left_margin, d.sizes.top_margin, width, height)).clone();
     unsigned maximum = d.color.maximum;
+    out.whiteLevel = static_cast<int>(maximum);
     out.bits = 1;
     while (out.bits < 16 && (maximum >> out.bits) != 0) {
         ++out.bits;

@@ -12,6 +12,7 @@ namespace station {
 struct CameraRaw {
     cv::Mat mosaic;       // CV_16UC1, the visible area, samples as stored (black not taken off)
     int bits = 0;         // significant bits, from the white level
+    int whiteLevel = 0;   // the file's declared white level (a DNG's WhiteLevel)
     std::string pattern;  // the 2 x 2 CFA from the top-left sample: "RGGB", "GRBG", ...
     std::string camera;   // make and model, as the file names them
 };

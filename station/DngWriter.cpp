@@ -76,8 +76,8 @@ std::vector<unsigned char> patternCodes(const std::string& pattern) {
 }
 }  // namespace
 
-void writeDng(const std::string& path, const cv::Mat& mosaic, int bits,
-              const std::string& pattern) {
+void writeDng(const std::string& path, const cv::Mat& mosaic, int bits, const std::string& pattern,
+              int whiteLevel) {
     if (mosaic.type() != CV_16UC1 || mosaic.empty() || bits < 1 || bits > 16) {
         throw Failure(Cause::BadInput, "a DNG holds one plane of 1- to 16-bit samples");
     }
@@ -90,27 +90,23 @@ void writeDng(const std::string& path, const cv::Mat& mosaic, int bits,
     const std::vector<unsigned char> codes = patternCodes(pattern);
     std::vector<Entry> entries = {
         longs(254, {0}),  // NewSubFileType: the main image
-        longs(256, {width}),
-        longs(257, {height}),
-        shorts(258, {16}),     // BitsPerSample
-        shorts(259, {1}),      // Compression: none
+        longs(256, {width}), longs(257, {height}), shorts(258, {16}),  // BitsPerSample
+        shorts(259, {1}),                                              // Compression: none
         shorts(262, {32803}),  // PhotometricInterpretation: CFA
-        ascii(271, "talonVireoSFR"),
-        ascii(272, "chart renderer"),
+        ascii(271, "talonVireoSFR"), ascii(272, "chart renderer"),
         longs(273, {0}),   // StripOffsets, set below
         shorts(277, {1}),  // SamplesPerPixel
-        longs(278, {height}),
-        longs(279, {imageBytes}),
+        longs(278, {height}), longs(279, {imageBytes}),
         shorts(284, {1}),       // PlanarConfiguration: chunky
         shorts(33421, {2, 2}),  // CFARepeatPatternDim
         bytes(33422, {codes[0], codes[1], codes[2], codes[3]}),
-        bytes(50706, {1, 4, 0, 0}),  // DNGVersion
-        bytes(50707, {1, 1, 0, 0}),  // DNGBackwardVersion
-        ascii(50708, "talonVireoSFR chart renderer"),
-        longs(50714, {0}),                 // BlackLevel
-        longs(50717, {(1u << bits) - 1}),  // WhiteLevel
-        identityMatrix(50721),             // ColorMatrix1
-        shorts(50778, {21}),               // CalibrationIlluminant1: D65
+        bytes(50706, {1, 4, 0, 0}),                                       // DNGVersion
+        bytes(50707, {1, 1, 0, 0}),                                       // DNGBackwardVersion
+        ascii(50708, "talonVireoSFR chart renderer"), longs(50714, {0}),  // BlackLevel
+        // WhiteLevel: full scale of the bits, unless the caller declares another.
+        longs(50717, {whiteLevel > 0 ? static_cast<unsigned>(whiteLevel) : (1u << bits) - 1}),
+        identityMatrix(50721),  // ColorMatrix1
+        shorts(50778, {21}),    // CalibrationIlluminant1: D65
     };
     // Layout: header, IFD, the values too long for their entries, then the image.
     const std::uint32_t ifdOffset = 8;

@@ -11,10 +11,12 @@ namespace talonvireo {
 namespace station {
 
 // Writes `mosaic` (CV_16UC1) as a DNG of `bits`-bit samples whose 2 x 2 CFA pattern, from
-// the top-left sample, is `pattern` ("RGGB", "GRBG", "GBRG" or "BGGR"). Throws Failure:
-// bad arguments for another pattern or type, Cause::Failed when the file cannot be written.
+// the top-left sample, is `pattern` ("RGGB", "GRBG", "GBRG" or "BGGR"), declaring
+// `whiteLevel` (0: the bits' full scale; a bench camera's file may declare less). Throws
+// Failure: bad arguments for another pattern or type, Cause::Failed when the file cannot be
+// written.
 void writeDng(const std::string& path, const cv::Mat& mosaic, int bits,
-              const std::string& pattern = "RGGB");
+              const std::string& pattern = "RGGB", int whiteLevel = 0);
 
 }  // namespace station
 }  // namespace talonvireo

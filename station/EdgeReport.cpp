@@ -1,5 +1,7 @@
 #include "station/EdgeReport.h"
 
+#include "station/CsvField.h"
+#include "station/EdgeColumns.h"
 #include "station/PixelPitch.h"
 
 #include <algorithm>
@@ -80,6 +82,12 @@ double EdgeRow::centreError() const {
     return std::hypot(measured.x - truth.centre.x, measured.y - truth.centre.y);
 }
 
+void printWarnings(std::FILE* out, const std::vector<std::string>& warnings) {
+    for (const std::string& w : warnings) {
+        std::fprintf(out, "warning: %s\n", w.c_str());
+    }
+}
+
 void printFigure(std::FILE* out, double v, int decimals) {
     if (std::isfinite(v)) {
         std::fprintf(out, " %8.*f", decimals, v);
@@ -138,7 +146,14 @@ void printTable(std::FILE* out, const FrameReport& report) {
     if (report.hasLimit) {
         std::fprintf(out, " %s", "limit");
     }
-    std::fprintf(out, report.partial() ? " %s\n" : "\n", "state");
+    bool anyFlag = false;
+    for (const EdgeRow& row : report.rows) {
+        anyFlag = anyFlag || !row.flags.empty();
+    }
+    if (report.partial()) {
+        std::fprintf(out, " %s", "state");
+    }
+    std::fprintf(out, anyFlag ? " %s\n" : "\n", "flags");
     for (const EdgeRow& row : report.rows) {
         const SFREdgeResult& m = row.measured;
         if (located(row)) {
@@ -183,12 +198,17 @@ void printTable(std::FILE* out, const FrameReport& report) {
         if (report.hasLimit) {
             std::fprintf(out, " %s", verdict(report, row));
             // An edge not measured fails for its state, which the last column gives.
-            if (!row.failedLimit.empty() && row.state == EdgeState::kMeasured) {
+            // A flagged edge's flags have their own column.
+            if (!row.failedLimit.empty() && row.state == EdgeState::kMeasured &&
+                row.flags.empty()) {
                 std::fprintf(out, ": %s", row.failedLimit.c_str());
             }
         }
         if (report.partial()) {
             std::fprintf(out, " %s", row.stateText().c_str());
+        }
+        if (anyFlag) {
+            std::fprintf(out, " %s", joinWarnings(row.flags).c_str());
         }
         std::fprintf(out, "\n");
     }
@@ -214,40 +234,49 @@ void printTable(std::FILE* out, const FrameReport& report) {
 }
 
 namespace {
-// A CSV field: the figure, or empty where it does not exist.
-void printCsvFigure(std::FILE* out, double v, const char* format = ",%.6f") {
-    if (std::isfinite(v)) {
-        std::fprintf(out, format, v);
-    } else {
-        std::fprintf(out, ",");
+// One cell as a CSV field: empty where the value does not exist.
+std::string csvCell(const Cell& cell) {
+    char text[64];
+    if (const auto* i = std::get_if<long long>(&cell)) {
+        std::snprintf(text, sizeof text, "%lld", *i);
+        return text;
     }
+    if (const auto* d = std::get_if<double>(&cell)) {
+        std::snprintf(text, sizeof text, "%.6f", *d);
+        return text;
+    }
+    if (const auto* t = std::get_if<std::string>(&cell)) {
+        return csvField(*t);
+    }
+    if (const auto* b = std::get_if<bool>(&cell)) {
+        return *b ? "1" : "0";
+    }
+    return "";
+}
+
+Json jsonCell(const Cell& cell) {
+    if (const auto* i = std::get_if<long long>(&cell)) {
+        return *i;
+    }
+    if (const auto* d = std::get_if<double>(&cell)) {
+        return figure(*d);
+    }
+    if (const auto* t = std::get_if<std::string>(&cell)) {
+        return *t;
+    }
+    if (const auto* b = std::get_if<bool>(&cell)) {
+        return *b;
+    }
+    return Json();
 }
 }  // namespace
 
 std::string csvHeader(const FrameReport& report) {
-    std::string h = "edge,x,y,side,sfr_quarter_nyquist,sfr_half_nyquist";
-    h += report.hasCustom() ? ",sfr_custom" : "";
-    if (report.hasMtf50) {
-        h += report.hasPitch() ? ",mtf50,mtf50_lp_per_mm,mtf50_lw_per_ph" : ",mtf50";
+    std::string h;
+    for (const EdgeColumn* c : columnsOf(report)) {
+        h += (h.empty() ? "" : ",") + std::string(c->name);
     }
-    if (report.hasPrecise) {
-        h += ",precise_sfr_quarter_nyquist,precise_sfr_half_nyquist";
-        h += report.hasCustom() ? ",precise_sfr_custom" : "";
-        h += ",precise_mtf50";
-        h += report.hasPitch() ? ",precise_mtf50_lp_per_mm" : "";
-    }
-    if (report.hasPlanes) {
-        for (const std::string plane : {"R", "Gr", "Gb", "B"}) {
-            h += ",raw_" + plane + "_sfr_quarter_nyquist,raw_" + plane + "_sfr_half_nyquist,raw_" +
-                 plane + "_mtf50";
-        }
-    }
-    h += report.hasTruth() ? ",true_quarter_nyquist,true_half_nyquist,true_x,true_y" : "";
-    h += ",height_percent,azimuth_deg,orientation";
-    h += report.limitsPath.empty() ? "" : ",zone,failed_limit";
-    h += report.hasLimit ? ",pass" : "";
-    h += report.partial() ? ",state" : "";
-    return h;
+    return h + ",warnings";
 }
 
 void printCsv(std::FILE* out, const FrameReport& report) {
@@ -258,70 +287,21 @@ void printCsv(std::FILE* out, const FrameReport& report) {
 }
 
 void printCsvRow(std::FILE* out, const FrameReport& report, const EdgeRow& row) {
-    const SFREdgeResult& m = row.measured;
-    std::fprintf(out, "%d,%d,%d,%d", row.index, m.x, m.y, row.side);
-    printCsvFigure(out, m.sfrQuarterNyquist);
-    printCsvFigure(out, m.sfrHalfNyquist);
-    if (report.hasCustom()) {
-        printCsvFigure(out, m.sfrCustom);
+    std::string line;
+    for (const EdgeColumn* c : columnsOf(report)) {
+        line += (line.empty() ? "" : ",") + csvCell(c->value(report, row));
     }
-    if (report.hasMtf50) {
-        printCsvFigure(out, row.mtf50);
-        if (report.hasPitch()) {
-            printCsvFigure(out, linePairsPerMm(row.mtf50, report.pixelPitchUm));
-            printCsvFigure(out, lineWidthsPerHeight(row.mtf50, report.height));
-        }
-    }
-    if (report.hasPrecise) {
-        printCsvFigure(out, row.precise.sfrQuarterNyquist);
-        printCsvFigure(out, row.precise.sfrHalfNyquist);
-        if (report.hasCustom()) {
-            printCsvFigure(out, row.precise.sfrCustom);
-        }
-        printCsvFigure(out, row.precise.mtf50);
-        if (report.hasPitch()) {
-            printCsvFigure(out, linePairsPerMm(row.precise.mtf50, report.pixelPitchUm));
-        }
-    }
-    for (const CurveFigures& plane : row.planes) {
-        printCsvFigure(out, plane.sfrQuarterNyquist);
-        printCsvFigure(out, plane.sfrHalfNyquist);
-        printCsvFigure(out, plane.mtf50);
-    }
-    if (row.hasTruth) {
-        std::fprintf(out, ",%.6f,%.6f,%.3f,%.3f", row.truth.sfrQuarter, row.truth.sfrHalf,
-                     row.truth.centre.x, row.truth.centre.y);
-    }
-    printCsvFigure(out, row.field.heightPercent, ",%.2f");
-    printCsvFigure(out, row.field.azimuthDeg, ",%.2f");
-    std::fprintf(out, ",%s", row.field.orientation.c_str());
-    if (!report.limitsPath.empty()) {
-        // Quoted: both may hold commas; neither holds a quote (zone names may not).
-        std::fprintf(out, ",\"%s\",\"%s\"", row.zone.c_str(), row.failedLimit.c_str());
-    }
-    if (report.hasLimit) {
-        std::fprintf(out, ",%d", report.passes(row) ? 1 : 0);
-    }
-    if (report.partial()) {
-        std::fprintf(out, ",\"%s\"", row.stateText().c_str());
-    }
-    std::fprintf(out, "\n");
+    line += "," + csvField(joinWarnings(report.warnings));
+    std::fprintf(out, "%s\n", line.c_str());
 }
 
-namespace {
-Json curveFiguresJson(const CurveFigures& c, bool custom) {
-    Json j;
-    j["channel"] = c.channel;
-    j["status"] = c.status;
-    j["sfr_quarter_nyquist"] = figure(c.sfrQuarterNyquist);
-    j["sfr_half_nyquist"] = figure(c.sfrHalfNyquist);
-    if (custom) {
-        j["sfr_custom"] = figure(c.sfrCustom);
+Json edgeJson(const FrameReport& report, const EdgeRow& row) {
+    Json e;
+    for (const EdgeColumn* c : columnsOf(report)) {
+        e[c->name] = jsonCell(c->value(report, row));
     }
-    j["mtf50"] = figure(c.mtf50);
-    return j;
+    return e;
 }
-}  // namespace
 
 Json frameJson(const FrameReport& report) {
     Json doc = documentHead("frame", report.input);
@@ -336,6 +316,10 @@ Json frameJson(const FrameReport& report) {
     }
     doc["milliseconds"] = report.milliseconds;
     doc["chart_fit_residual_px"] = figure(report.fitResidual);
+    doc["design_consensus"] = report.designConsensus;
+    doc["white_level"] = report.whiteLevel;
+    doc["largest_sample"] = report.largestSample;
+    doc["clipped_share"] = figure(report.clippedShare);
     if (report.partial()) {
         doc["partial"] = {{"member_failure", report.memberFailure},
                           {"member_exit_status", static_cast<int>(report.memberCause)},
@@ -354,141 +338,19 @@ Json frameJson(const FrameReport& report) {
         doc["picture_height_px"] = report.height;
     }
     if (report.hasLimit) {
-        doc["min_sfr"] = report.minSfr;
+        if (report.limitsPath.empty()) {
+            doc["min_sfr"] = report.minSfr;
+        }
         doc["failures"] = report.failures();
+        doc["pass"] = !report.partial() && report.failures() == 0;
     }
+    doc["warnings"] = report.warnings;
     Json edges = Json::array();
     for (const EdgeRow& row : report.rows) {
-        const SFREdgeResult& m = row.measured;
-        Json e;
-        e["index"] = row.index;
-        e["x"] = located(row) ? Json(m.x) : Json();
-        e["y"] = located(row) ? Json(m.y) : Json();
-        e["side"] = row.side;
-        if (report.partial()) {
-            e["state"] = edgeStateName(row.state);
-            if (row.state == EdgeState::kRefused) {
-                e["reason"] = row.stateText();
-                e["sfr_status"] = row.sfrStatus;
-            }
-        }
-        e["sfr_quarter_nyquist"] = figure(m.sfrQuarterNyquist);
-        e["sfr_half_nyquist"] = figure(m.sfrHalfNyquist);
-        if (report.hasCustom()) {
-            e["sfr_custom"] = figure(m.sfrCustom);
-        }
-        if (report.hasMtf50) {
-            e["mtf50"] = figure(row.mtf50);
-            if (report.hasPitch()) {
-                e["mtf50_lp_per_mm"] = figure(linePairsPerMm(row.mtf50, report.pixelPitchUm));
-                e["mtf50_lw_per_ph"] = figure(lineWidthsPerHeight(row.mtf50, report.height));
-            }
-        }
-        if (report.hasPrecise) {
-            e["precise"] = curveFiguresJson(row.precise, report.hasCustom());
-            if (report.hasPitch()) {
-                e["precise"]["mtf50_lp_per_mm"] =
-                    figure(linePairsPerMm(row.precise.mtf50, report.pixelPitchUm));
-            }
-        }
-        e["field"] = {{"height_percent", figure(row.field.heightPercent)},
-                      {"azimuth_deg", figure(row.field.azimuthDeg)},
-                      {"orientation", row.field.orientation}};
-        if (report.hasPlanes) {
-            Json planes = Json::array();
-            for (const CurveFigures& plane : row.planes) {
-                planes.push_back(curveFiguresJson(plane, report.hasCustom()));
-            }
-            e["raw_planes"] = planes;
-        }
-        if (row.hasTruth) {
-            e["truth"] = {{"x", row.truth.centre.x},
-                          {"y", row.truth.centre.y},
-                          {"angle_deg", row.truth.angleDeg},
-                          {"sfr_quarter_nyquist", row.truth.sfrQuarter},
-                          {"sfr_half_nyquist", row.truth.sfrHalf}};
-        }
-        if (report.hasLimit) {
-            e["pass"] = report.passes(row);
-        }
-        if (!report.limitsPath.empty()) {
-            e["zone"] = row.zone;
-            e["failed_limit"] = row.failedLimit.empty() ? Json() : Json(row.failedLimit);
-        }
-        edges.push_back(e);
+        edges.push_back(edgeJson(report, row));
     }
     doc["edges"] = edges;
     return doc;
-}
-
-cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report, int outputWidth) {
-    cv::Mat canvas;
-    cv::cvtColor(grey, canvas, cv::COLOR_GRAY2BGR);
-    const double shrink =
-        outputWidth > 0 && outputWidth < canvas.cols ? canvas.cols / (2.0 * outputWidth) : 0.0;
-    const double scale = std::max({1.0, canvas.cols / 4000.0, shrink});
-    const int thickness = static_cast<int>(std::lround(2 * scale));
-    for (const EdgeRow& row : report.rows) {
-        if (!located(row)) {
-            continue;  // nowhere to draw it; the banner counts it
-        }
-        const bool measured = row.state == EdgeState::kMeasured;
-        const cv::Scalar colour = !measured            ? cv::Scalar(255, 0, 255)
-                                  : !report.hasLimit   ? cv::Scalar(0, 220, 255)
-                                  : report.passes(row) ? cv::Scalar(0, 200, 0)
-                                                       : cv::Scalar(0, 0, 255);
-        const cv::Rect box = row.region();
-        cv::rectangle(canvas, box, colour, thickness);
-        char label[48];
-        if (measured) {
-            std::snprintf(label, sizeof label, "%d: %.3f", row.index,
-                          static_cast<double>(row.measured.sfrQuarterNyquist));
-        } else {
-            std::snprintf(label, sizeof label, "%d: %s", row.index,
-                          row.state == EdgeState::kOffFrame ? "off frame" : "refused");
-        }
-        // A dark outline keeps the label readable over the dark squares; a label that would
-        // run off the picture (an edge at the border) is pulled back inside it.
-        int baseline = 0;
-        const cv::Size text =
-            cv::getTextSize(label, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, thickness, &baseline);
-        const cv::Point at(std::clamp(box.x, 0, std::max(0, canvas.cols - text.width)),
-                           std::clamp(box.y - static_cast<int>(6 * scale), text.height,
-                                      std::max(text.height, canvas.rows - baseline)));
-        cv::putText(canvas, label, at, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, cv::Scalar(0, 0, 0),
-                    3 * thickness);
-        cv::putText(canvas, label, at, cv::FONT_HERSHEY_SIMPLEX, 0.8 * scale, colour, thickness);
-    }
-    if (report.partial()) {
-        // A dark strip across the top says that this is a diagnosis, not a measurement.
-        const std::string lines[] = {
-            "NOT MEASURED BY " + report.member + ": " + report.memberFailure,
-            partialSummary(report) + "; magenta: not measured"};
-        // As large as the labels, but never wider than the picture.
-        double size = 0.8 * scale;
-        int widest = 0;
-        for (const std::string& line : lines) {
-            int baseline = 0;
-            widest = std::max(
-                widest,
-                cv::getTextSize(line, cv::FONT_HERSHEY_SIMPLEX, size, thickness, &baseline).width);
-        }
-        const int margin = static_cast<int>(std::lround(20 * scale));
-        if (widest > canvas.cols - 2 * margin) {
-            size *= static_cast<double>(std::max(1, canvas.cols - 2 * margin)) / widest;
-        }
-        const int weight =
-            std::max(1, static_cast<int>(std::lround(thickness * size / (0.8 * scale))));
-        const int lineHeight = std::max(2, static_cast<int>(std::lround(50 * size)));
-        cv::rectangle(canvas, cv::Rect(0, 0, canvas.cols, lineHeight * 2 + lineHeight / 2),
-                      cv::Scalar(0, 0, 0), cv::FILLED);
-        for (int i = 0; i < 2; ++i) {
-            cv::putText(canvas, lines[i], cv::Point(margin, lineHeight * (i + 1)),
-                        cv::FONT_HERSHEY_SIMPLEX, size,
-                        i == 0 ? cv::Scalar(80, 80, 255) : cv::Scalar(255, 255, 255), weight);
-        }
-    }
-    return canvas;
 }
 
 cv::Mat shrinkTo(const cv::Mat& picture, int width) {

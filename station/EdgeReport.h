@@ -1,5 +1,5 @@
-// One whole-frame measurement, laid out for people (table), scripts (JSON, CSV) and eyes
-// (the overlay picture).
+// One whole-frame measurement, laid out for people (table) and scripts (JSON, CSV); the
+// overlay picture is station/Overlay.h.
 #pragma once
 
 #include <cmath>
@@ -18,18 +18,6 @@
 namespace talonvireo {
 namespace station {
 
-// Figures of one curve read off a region the member cut (frequencies across the edge for the
-// precise method); NaN where a figure does not exist, and all NaN with the status when the
-// region was refused.
-struct CurveFigures {
-    std::string channel;
-    int status = 0;
-    double sfrQuarterNyquist = std::numeric_limits<double>::quiet_NaN();
-    double sfrHalfNyquist = std::numeric_limits<double>::quiet_NaN();
-    double sfrCustom = std::numeric_limits<double>::quiet_NaN();
-    double mtf50 = std::numeric_limits<double>::quiet_NaN();
-};
-
 // Where an edge sits in the field of view and which way it faces.
 struct FieldPosition {
     double heightPercent = std::numeric_limits<double>::quiet_NaN();  // of the half-diagonal
@@ -39,28 +27,22 @@ struct FieldPosition {
     std::string orientation = "none";
 };
 
-// What became of an edge when a frame the member failed on is measured region by region.
-enum class EdgeState {
-    kMeasured,    // its region was cut and measured
-    kNotLocated,  // the locator found no centre for it
-    kOffFrame,    // its region leaves the frame
-    kRefused,     // the SFR refused its region (EdgeRow::sfrStatus says why)
-};
+// What became of an edge: measured, not located, off the frame, refused by the SFR.
+using EdgeState = SlotState;
 
 // "measured", "not located", "off the frame", "refused by the SFR".
 const char* edgeStateName(EdgeState state);
 
-struct EdgeRow {
+// One edge of a frame: the library's report of its slot (state, centre, the member's figures,
+// MTF50, angle, contrast, noise, clipping, distance from the design, the precise and raw-plane
+// figures), and what the station adds: the record entry, field position, flags and verdict.
+struct EdgeRow : SlotReport {
+    EdgeRow() { state = EdgeState::kMeasured; }
     int index = 0;
-    EdgeState state = EdgeState::kMeasured;
-    int sfrStatus = 0;  // TalonCalSFR's status for a refused region
-    SFREdgeResult measured{};
-    int side = 0;  // side of the region the member cut
-    // On request (FrameReport::hasMtf50, hasPrecise, hasPlanes): MTF50 by the member's own
-    // method, the precise method's figures of the grey region, and each raw colour plane's.
-    double mtf50 = std::numeric_limits<double>::quiet_NaN();
-    CurveFigures precise;
-    std::vector<CurveFigures> planes;
+    SFREdgeResult measured{};  // the record entry: the slot's centre and figures
+    // Why the edge cannot be trusted whatever it reads ("clipped", "off the design", ...):
+    // a flagged edge fails a graded frame.
+    std::vector<std::string> flags;
     FieldPosition field;
     // Graded against a limits file: the zone, and the limit that failed (empty on a pass).
     bool pass = true;
@@ -100,7 +82,16 @@ struct FrameReport {
     // Root-mean-square distance (px) between the located centres and the chart design after
     // the best similarity transform; NaN until computed.
     double fitResidual = std::numeric_limits<double>::quiet_NaN();
-    bool hasMtf50 = false;    // every row's mtf50 (the member's method on its region)
+    // Most located centres agreeing on one shift of the chart design.
+    int designConsensus = 0;
+    // Share of the measured edges' transition-zone samples at or above the white level.
+    double clippedShare = std::numeric_limits<double>::quiet_NaN();
+    int whiteLevel = 0;     // the level clipping was counted at
+    int largestSample = 0;  // the frame's largest raw sample
+    // What the frame's reader and the checks found worth saying: travels with the report
+    // into every output.
+    std::vector<std::string> warnings;
+    bool hasMtf50 = false;    // MTF50 is shown (it is always measured)
     bool hasPrecise = false;  // every row's precise figures
     bool hasPlanes = false;   // every row's raw colour planes
     std::vector<EdgeRow> rows;
@@ -113,32 +104,42 @@ struct FrameReport {
     // A custom frequency was asked for (freqDivisor > 0); without one, the custom figure is
     // left out of every output.
     bool hasCustom() const { return param.freqDivisor > 0.0f; }
+    // Graded (a limit given): an edge passes only when it was measured, carries no flag and
+    // meets its limits. Not graded: every edge passes.
     bool passes(const EdgeRow& row) const {
+        if (!hasLimit) {
+            return true;
+        }
+        if (row.state != EdgeState::kMeasured || !row.flags.empty()) {
+            return false;
+        }
         if (!limitsPath.empty()) {
             return row.pass;
         }
-        return !hasLimit || row.measured.sfrQuarterNyquist >= minSfr;
+        return row.measured.sfrQuarterNyquist >= minSfr;
     }
     int failures() const;
     bool hasTruth() const { return !rows.empty() && rows[0].hasTruth; }
 };
+
+// One "warning: ..." line per warning.
+void printWarnings(std::FILE* out, const std::vector<std::string>& warnings);
 
 // A figure in an 8-wide table column after a space, or "-" where it does not exist.
 void printFigure(std::FILE* out, double v, int decimals = 4);
 
 void printTable(std::FILE* out, const FrameReport& report);
 void printCsv(std::FILE* out, const FrameReport& report);
-// printCsv's header line (no newline), and one row of it (with its newline): its columns
-// follow the report's flags, not its rows.
+// printCsv's header line (no newline), and one row of it (with its newline): the edge columns
+// the report carries (EdgeColumns.h), then the frame's warnings; they follow the report's
+// flags, not its rows.
 std::string csvHeader(const FrameReport& report);
 void printCsvRow(std::FILE* out, const FrameReport& report, const EdgeRow& row);
-// The report as a JSON document (documentHead first).
+// The report as a JSON document (documentHead first): the frame's figures and warnings, and
+// one object per edge keyed by the edge columns (EdgeColumns.h).
 Json frameJson(const FrameReport& report);
-
-// The frame (8-bit grey) with every region outlined, numbered and labelled with its SFR at
-// Nyquist/4: green/red against the limit, or yellow without one. A picture that will be shown
-// `outputWidth` pixels across (0: as drawn) gets labels and lines large enough to read there.
-cv::Mat drawOverlay(const cv::Mat& grey, const FrameReport& report, int outputWidth = 0);
+// One edge's object of frameJson.
+Json edgeJson(const FrameReport& report, const EdgeRow& row);
 
 // The picture shrunk to `width` columns (area averaging); unchanged when width <= 0 or
 // not smaller than the picture.

@@ -7,6 +7,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace talonvireo {
 namespace station {
@@ -22,6 +23,7 @@ enum class Cause {
     Failed = 8,             // any other failure (writing an output, an internal error)
     WrongChart = 9,         // located centres do not fit the member's chart design
     SampleDepth = 10,       // samples exceed the member's bit depth
+    Misplaced = 11,         // the chart was found, but some edges were found off its design
 };
 
 // What a cause means, in a few words, for summaries and records ("chart not located").
@@ -47,6 +49,8 @@ inline const char* causeName(Cause cause) {
             return "wrong chart";
         case Cause::SampleDepth:
             return "samples exceed the bit depth";
+        case Cause::Misplaced:
+            return "chart misplaced";
     }
     return "failed";
 }
@@ -55,9 +59,16 @@ class Failure : public std::runtime_error {
 public:
     Failure(Cause cause, const std::string& message) : std::runtime_error(message), cause_(cause) {}
     Cause cause() const { return cause_; }
+    // What was found worth saying before the failure (a dim frame that was then not
+    // located): it travels with the failure into the records.
+    const std::vector<std::string>& warnings() const { return warnings_; }
+    void addWarnings(const std::vector<std::string>& more) {
+        warnings_.insert(warnings_.end(), more.begin(), more.end());
+    }
 
 private:
     Cause cause_;
+    std::vector<std::string> warnings_;
 };
 
 }  // namespace station

@@ -2,24 +2,12 @@
 
 #include <cmath>
 
-#include <opencv2/imgproc.hpp>
-
 namespace talonvireo {
 namespace station {
 
 namespace {
 constexpr double kPi = 3.141592653589793;
 constexpr double kCentrePercent = 1.0;
-
-// Direction of the strongest gradient in a region (degrees, image axes, 0 .. 180): the
-// structure tensor's leading eigenvector.
-double normalDirection(const cv::Mat& region) {
-    cv::Mat gx, gy;
-    cv::Sobel(region, gx, CV_64F, 1, 0);
-    cv::Sobel(region, gy, CV_64F, 0, 1);
-    const double jxx = gx.dot(gx), jyy = gy.dot(gy), jxy = gx.dot(gy);
-    return 0.5 * std::atan2(2.0 * jxy, jxx - jyy) * 180.0 / kPi;
-}
 }  // namespace
 
 FieldPosition fieldPosition(double x, double y, int width, int height, double normalDeg) {
@@ -45,14 +33,12 @@ FieldPosition fieldPosition(double x, double y, int width, int height, double no
     return f;
 }
 
-void describeField(FrameReport& report, const cv::Mat& grey) {
-    const cv::Rect frame(0, 0, grey.cols, grey.rows);
+void describeField(FrameReport& report) {
     for (EdgeRow& row : report.rows) {
-        const cv::Rect cut = row.region();
-        const double normal =
-            (cut & frame) == cut && row.side >= 3 ? normalDirection(grey(cut)) : std::nan("");
-        row.field =
-            fieldPosition(row.measured.x, row.measured.y, report.width, report.height, normal);
+        row.field = row.state == EdgeState::kNotLocated
+                        ? FieldPosition{}  // no centre, no place in the field
+                        : fieldPosition(row.measured.x, row.measured.y, report.width, report.height,
+                                        row.normalDeg);
     }
 }
 

@@ -1,16 +1,14 @@
 #include "station/FrameGrading.h"
 
-#include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <string>
+#include <vector>
 
 #include "station/CameraRawFile.h"
+#include "station/EdgePlausibility.h"
 #include "station/Failure.h"
 #include "station/FieldPosition.h"
 #include "station/Grading.h"
-#include "station/RegionByRegion.h"
-#include "station/RegionFigures.h"
 
 namespace talonvireo {
 namespace station {
@@ -22,13 +20,54 @@ void checkFrameOptions(const FrameOptions& options) {
     if (options.limits && options.limits->needsCustom() && !(options.param.freqDivisor > 0.0f)) {
         throw Failure(Cause::BadInput, "the limits set sfr_custom: --freq-divisor is needed");
     }
+    if (options.limits) {
+        checkLimitUnits(*options.limits, options.pixelPitchUm);
+    }
 }
 
 namespace {
-// MTF50 is measured when anything shows it: the precise figures, a limit, or units.
-bool measuresMtf50(const FrameOptions& options) {
+// MTF50 is shown when anything asks for it: the precise figures, a limit, or units.
+bool showsMtf50(const FrameOptions& options) {
     return options.precise || (options.limits && options.limits->needsMtf50()) ||
            std::isfinite(options.pixelPitchUm);
+}
+
+// The frame's words, with what its file says about them: a camera raw file's declared white
+// level (0 when none is below the member's full scale) and what is odd about its samples.
+struct FrameWords {
+    cv::Mat raw;
+    int whiteLevel = 0;
+};
+
+FrameWords readWords(const Member& member, const std::string& path, const FrameOptions& options,
+                     std::vector<std::string>& warnings) {
+    FrameWords out;
+    const int fullScale = (1 << member.bits) - 1;
+    if (isCameraRawPath(path)) {
+        const CameraRaw camera = readCameraRaw(path);
+        checkCameraRawFits(camera, path, member.bits, member.name);
+        out.raw = camera.mosaic;
+        if (camera.whiteLevel > 0 && camera.whiteLevel < fullScale) {
+            out.whiteLevel = camera.whiteLevel;
+            double largest = 0.0;
+            cv::minMaxLoc(out.raw, nullptr, &largest);
+            if (largest > camera.whiteLevel) {
+                warnings.push_back(
+                    "samples reach " + std::to_string(static_cast<long>(largest)) +
+                    ", above the file's declared white level " + std::to_string(camera.whiteLevel) +
+                    ": its metadata is wrong or the data were scaled; clipping is counted at " +
+                    std::to_string(camera.whiteLevel));
+            }
+        }
+        return out;
+    }
+    out.raw = readFrame(path, options.layout);
+    if (options.layout.packing == Packing::Raw8 && member.bits > 8) {
+        warnings.push_back("8-bit samples (raw8) are measured as " + std::to_string(member.bits) +
+                           "-bit codes by " + member.name + ": full scale is " +
+                           std::to_string(fullScale) + ", the frame reaches 255 at most");
+    }
+    return out;
 }
 }  // namespace
 
@@ -37,7 +76,7 @@ FrameReport reportLayout(const Member& member, const FrameOptions& options) {
     report.member = member.name;
     report.param = options.param;
     report.pixelPitchUm = options.pixelPitchUm;
-    report.hasMtf50 = measuresMtf50(options);
+    report.hasMtf50 = showsMtf50(options);
     report.hasPrecise = options.precise;
     report.hasPlanes = options.planes;
     if (options.limits) {
@@ -48,71 +87,61 @@ FrameReport reportLayout(const Member& member, const FrameOptions& options) {
 }
 
 GradedFrame gradeFrameFile(const Member& member, const std::string& path,
-                           const FrameOptions& options, std::FILE* warnings) {
+                           const FrameOptions& options) {
     checkFrameOptions(options);
-    GradedFrame out;
-    if (isCameraRawPath(path)) {
-        const CameraRaw camera = readCameraRaw(path);
-        checkCameraRawFits(camera, path, member.bits, member.name);
-        out.raw = camera.mosaic;
-    } else {
-        out.raw = readFrame(path, options.layout);
-    }
-    validateParam(member, out.raw.cols, options.param);
-    checkSampleDepth(member, out.raw, warnings);
-    FrameReport& report = out.report;
-    cv::Mat grey;
+    std::vector<std::string> warnings;
     try {
-        report = measureRawFrame(member, out.raw, options.param);
-    } catch (const Failure& failure) {
-        if (!options.partial || !explainsMemberFailure(failure.cause())) {
-            throw;
+        GradedFrame out;
+        FrameWords words = readWords(member, path, options, warnings);
+        out.raw = words.raw;
+        validateParam(member, out.raw.cols, options.param);
+        checkSampleDepth(member, out.raw, warnings);
+        MeasureOptions what;
+        what.precise = options.precise;
+        what.planes = options.planes;
+        what.whiteLevel = words.whiteLevel;
+        FrameReport& report = out.report;
+        report = measureRawFrame(member, out.raw, options.param, what);
+        report.warnings.insert(report.warnings.begin(), warnings.begin(), warnings.end());
+        warnings = report.warnings;
+        report.input = path;
+        if (!options.partial) {
+            requireMemberSuccess(report);
         }
-        const auto start = std::chrono::steady_clock::now();
-        grey = memberGrey(member, out.raw);
-        report = measureRegionByRegion(member, grey, options.param);
-        report.milliseconds =
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-                .count();
-        report.memberFailure = failure.what();
-        report.memberCause = failure.cause();
-        report.fitResidual = chartFitResidual(member, report);
-        if (report.fitResidual > options.chartFitLimit) {
+        try {
+            requireChartFit(report, options.chartFitLimit);
+        } catch (const Failure& fit) {
+            if (!report.partial()) {
+                throw;
+            }
             // Figures of another chart's regions would mislead: the member's failure stands.
-            char residual[32];
-            std::snprintf(residual, sizeof residual, "%.1f", report.fitResidual);
-            throw Failure(failure.cause(),
-                          std::string(failure.what()) + "; the edges found do not fit the " +
-                              report.project + " chart either (fit residual " + residual + " px)");
+            throw Failure(report.memberCause, report.memberFailure + "; and " + fit.what());
         }
-    }
-    report.input = path;
-    requireChartFit(report, options.chartFitLimit);
-    if (grey.empty()) {
-        grey = memberGrey(member, out.raw);
-    }
-    describeField(report, grey);
-    for (EdgeRow& row : report.rows) {
-        if (row.state == EdgeState::kNotLocated) {
-            row.field = FieldPosition{};  // no centre, no place in the field
-        }
-    }
-    report.pixelPitchUm = options.pixelPitchUm;
-    const bool mtf50 = measuresMtf50(options);
-    if (mtf50) {
-        addRegionFigures(report, member, out.raw, grey, {mtf50, options.precise, options.planes});
-    }
-    if (options.limits) {
-        gradeReport(report, *options.limits);
-        for (EdgeRow& row : report.rows) {
-            if (row.state != EdgeState::kMeasured) {
-                row.pass = false;
-                row.failedLimit = row.stateText();
-                row.failedFigure.clear();
+        describeField(report);
+        report.pixelPitchUm = options.pixelPitchUm;
+        report.hasMtf50 = showsMtf50(options);
+        PlausibilityOptions plausibility;
+        plausibility.acceptClipped = options.acceptClipped;
+        flagImplausibleEdges(report, plausibility);
+        if (options.limits) {
+            gradeReport(report, *options.limits);
+            for (EdgeRow& row : report.rows) {
+                if (row.state != EdgeState::kMeasured) {
+                    row.pass = false;
+                    row.failedLimit = row.stateText();
+                    row.failedFigure.clear();
+                } else if (!row.flags.empty()) {
+                    row.pass = false;
+                    row.failedLimit = row.flags.front();
+                    row.failedFigure.clear();
+                }
             }
         }
+        return out;
+    } catch (Failure& failure) {
+        failure.addWarnings(warnings);
+        throw;
     }
-    return out;
 }
 
 }  // namespace station

@@ -30,6 +30,8 @@ struct FrameOptions {
     // region by region instead and return that diagnosis (FrameReport::partial) rather than
     // throwing.
     bool partial = false;
+    // Clipped edges are warned about but not flagged (they then pass on their figures).
+    bool acceptClipped = false;
 };
 
 // Throws Failure (bad input) for options that cannot go together: raw planes without the
@@ -46,13 +48,14 @@ struct GradedFrame {
 };
 
 // Reads `path` (a raw file in options.layout, a 16-bit image, or a camera raw file such as
-// DNG, whose mosaic must be RGGB and no deeper than the member's), checks it against the member
-// (depth warnings to `warnings`), measures it, checks the chart fit, fills every edge's field
-// position, the figures the options ask for and, with limits, every edge's verdict. Throws Failure
-// with the cause of a failure, except for a member failure under options.partial. An edge not
-// measured in a partial report fails any limit, with its state as the reason.
+// DNG, whose mosaic must be RGGB and no deeper than the member's), checks it against the member,
+// measures it in one pass, checks the chart fit, fills every edge's field position, flags the
+// edges that cannot be trusted and, with limits, gives every edge its verdict. Warnings go
+// into the report (or the Failure). Throws Failure with the cause of a failure, except for a
+// member failure under options.partial. An edge not measured fails any limit, with its state
+// as the reason; a flagged edge fails any limit, with its flags.
 GradedFrame gradeFrameFile(const Member& member, const std::string& path,
-                           const FrameOptions& options, std::FILE* warnings);
+                           const FrameOptions& options);
 
 }  // namespace station
 }  // namespace talonvireo

@@ -1,14 +1,10 @@
 #include "station/FrameJob.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <limits>
 #include <string>
 
-#include "station/ChartFit.h"
-
-#include "render/RecordTruth.h"
+#include "station/EdgePlausibility.h"
 #include "station/Failure.h"
 
 namespace talonvireo {
@@ -31,96 +27,128 @@ void validateParam(const Member& member, int width, const SFRParam& param) {
     }
 }
 
-double chartFitResidual(const Member& member, const FrameReport& report) {
-    const std::vector<render::EntryTruth> nominal =
-        render::recordTruth(member.project, {}, 1.0, report.param.markSearchSize);
-    std::vector<cv::Point2d> from, to;
-    for (const EdgeRow& row : report.rows) {
-        if (row.index < static_cast<int>(nominal.size()) && row.state != EdgeState::kNotLocated) {
-            from.push_back(nominal[static_cast<std::size_t>(row.index)].centre);
-            to.emplace_back(row.measured.x, row.measured.y);
-        }
-    }
-    return from.size() < 2 ? std::numeric_limits<double>::quiet_NaN()
-                           : fitChart(from, to).rmsResidual;
+namespace {
+EdgeRow rowOf(int index, const SlotReport& slot) {
+    EdgeRow row;
+    static_cast<SlotReport&>(row) = slot;
+    row.index = index;
+    row.measured = {slot.x, slot.y, slot.sfrHalfNyquist, slot.sfrQuarterNyquist, slot.sfrCustom};
+    return row;
 }
 
-namespace {
-
-// A failed call does not say which region failed or why. Measuring again with 2-px regions
-// tells a chart that was found from one that was not: a found first centre lies well inside
-// the frame, so its region is cut and refused by the SFR (-3), while an edge not found keeps
-// its cleared centre (0, 0), whose region starts left of the frame (-2).
-bool chartWasLocated(const Member& member, cv::Mat& raw, SFRParam param) {
-    param.roiSize = std::min(2, param.markSearchSize);
-    std::vector<SFREdgeResult> ignored;
-    const int status =
-        member.measure(raw.ptr<unsigned short>(), raw.cols, raw.rows, param, ignored);
-    return status == 0 || status == -3;
+// The member's own failure, told from the first slot that stopped it (in slot order, as the
+// member walks them).
+void explainMemberFailure(const MemberFrameReport& pass, FrameReport& report) {
+    if (pass.layoutStatus[0] != 0 || pass.layoutStatus[1] != 0) {
+        report.memberCause = Cause::NotLocated;
+        report.memberFailure = pass.layoutStatus[0] != 0 && pass.layoutStatus[1] != 0
+                                   ? "chart not located"
+                                   : std::string("chart not located (its ") +
+                                         (pass.layoutStatus[0] != 0 ? "first" : "second") +
+                                         " layout was not found)";
+        return;
+    }
+    for (const EdgeRow& row : report.rows) {
+        const std::string edge = "edge " + std::to_string(row.index);
+        switch (row.state) {
+            case EdgeState::kMeasured:
+                continue;
+            case EdgeState::kNotLocated:
+                report.memberCause = Cause::NotLocated;
+                report.memberFailure = "chart not located: " + edge + " was not found";
+                return;
+            case EdgeState::kOffFrame:
+                report.memberCause = Cause::RegionOutOfBounds;
+                report.memberFailure = "region out of bounds: " + edge + "'s region (centre " +
+                                       std::to_string(row.measured.x) + ", " +
+                                       std::to_string(row.measured.y) + ", side " +
+                                       std::to_string(row.side) + ") leaves the frame";
+                return;
+            case EdgeState::kRefused:
+                report.memberCause = Cause::SfrFailed;
+                report.memberFailure = "SFR calculation failed on " + edge + ": " + row.stateText();
+                return;
+        }
+    }
+    report.memberCause = Cause::Failed;
+    report.memberFailure = "measurement failed (status " + std::to_string(pass.memberStatus) + ")";
 }
 }  // namespace
 
-FrameReport measureRawFrame(const Member& member, cv::Mat& raw, SFRParam param) {
+FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRParam& param,
+                            const MeasureOptions& options) {
     if (raw.type() != CV_16UC1 || !raw.isContinuous()) {
         throw Failure(Cause::Failed, "internal: the frame is not packed 16-bit words");
     }
     validateParam(member, raw.cols, param);
-    FrameReport report;
-    report.member = member.name;
-    report.project = render::projectName(member.project);
-    report.width = raw.cols;
-    report.height = raw.rows;
-    std::vector<SFREdgeResult> edges;
+    MemberFrameOptions what;
+    what.precise = options.precise;
+    what.rawPlanes = options.planes;
+    what.whiteLevel = options.whiteLevel;
+    MemberFrameReport pass;
     const auto start = std::chrono::steady_clock::now();
-    const int status = member.measure(raw.ptr<unsigned short>(), raw.cols, raw.rows, param, edges);
+    if (measureMemberFrame(*member.info, raw.ptr<std::uint16_t>(), raw.cols, raw.rows, param, what,
+                           pass) != 0) {
+        throw Failure(Cause::Failed, "the frame could not be measured (" + member.name +
+                                         " refused it or ran out of memory)");
+    }
+    FrameReport report;
     report.milliseconds =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-    report.param = param;  // the RQ8 members have written their region size into it
-    switch (status) {
-        case 0:
-            break;
-        case -3:
-            throw Failure(Cause::SfrFailed, "SFR calculation failed on a region");
-        case -2:
-        case -1:
-            if (member.forced90) {
-                // These members fix the region size, so the retry cannot tell.
-                throw Failure(status == -2 ? Cause::NotLocated : Cause::Failed,
-                              status == -2 ? "chart not located (or a region out of bounds)"
-                                           : "measurement failed (status -1)");
-            }
-            if (chartWasLocated(member, raw, param)) {
-                throw Failure(Cause::RegionOutOfBounds,
-                              "region out of bounds: an edge centre lies within a half region "
-                              "of the frame border");
-            }
-            throw Failure(status == -2 ? Cause::NotLocated : Cause::Failed,
-                          status == -2 ? "chart not located" : "measurement failed (status -1)");
-        default:
-            throw Failure(Cause::Failed,
-                          "measurement failed (status " + std::to_string(status) + ")");
+    report.member = member.name;
+    report.project = member.chartName;
+    report.width = raw.cols;
+    report.height = raw.rows;
+    report.param = param;
+    report.param.roiSize = pass.roiSize;  // the RQ8 members use 90 whatever was asked
+    report.fitResidual = pass.fitResidual;
+    report.designConsensus = pass.designConsensus;
+    report.clippedShare = pass.clippedShare;
+    report.whiteLevel = pass.whiteLevel;
+    report.largestSample = pass.largestSample;
+    report.hasPrecise = options.precise;
+    report.hasPlanes = options.planes;
+    for (std::size_t i = 0; i < pass.slots.size(); ++i) {
+        report.rows.push_back(rowOf(static_cast<int>(i), pass.slots[i]));
     }
-    for (std::size_t i = 0; i < edges.size(); ++i) {
-        EdgeRow row;
-        row.index = static_cast<int>(i);
-        row.measured = edges[i];
-        row.side = member.regionSide(row.index, static_cast<int>(edges.size()), param.roiSize);
-        report.rows.push_back(row);
+    if (pass.memberStatus != 0) {
+        explainMemberFailure(pass, report);
     }
-    report.fitResidual = chartFitResidual(member, report);
     return report;
 }
 
-void requireChartFit(const FrameReport& report, double limitPx) {
-    if (report.fitResidual > limitPx) {
-        char residual[32];
-        std::snprintf(residual, sizeof residual, "%.1f", report.fitResidual);
-        throw Failure(Cause::WrongChart, "frame does not look like the " + report.project +
-                                             " chart (fit residual " + residual + " px)");
+void requireMemberSuccess(const FrameReport& report) {
+    if (report.partial()) {
+        throw Failure(report.memberCause, report.memberFailure);
     }
 }
 
-void checkSampleDepth(const Member& member, const cv::Mat& raw, std::FILE* warnings) {
+void requireChartFit(const FrameReport& report, double limitPx) {
+    if (!(report.fitResidual > limitPx)) {
+        return;
+    }
+    int located = 0;
+    for (const EdgeRow& row : report.rows) {
+        located += std::isfinite(row.designDistance) ? 1 : 0;
+    }
+    char text[240];
+    if (report.designConsensus >= kConsensusOfAFoundChart) {
+        std::snprintf(text, sizeof text,
+                      "the %s chart is in view but its edges were not all found in place: %d of "
+                      "%d agree on one position of the chart, the rest do not (fit residual "
+                      "%.1f px; is the chart shifted, partly out of view or covered?)",
+                      report.project.c_str(), report.designConsensus, located, report.fitResidual);
+        throw Failure(Cause::Misplaced, text);
+    }
+    std::snprintf(text, sizeof text,
+                  "frame does not look like the %s chart (fit residual %.1f px; no more than %d "
+                  "of %d edges agree on one position of it)",
+                  report.project.c_str(), report.fitResidual, report.designConsensus, located);
+    throw Failure(Cause::WrongChart, text);
+}
+
+void checkSampleDepth(const Member& member, const cv::Mat& raw,
+                      std::vector<std::string>& warnings) {
     double largest = 0.0;
     cv::minMaxLoc(raw, nullptr, &largest);
     const double fullScale = std::ldexp(1.0, member.bits) - 1.0;
@@ -130,11 +158,10 @@ void checkSampleDepth(const Member& member, const cv::Mat& raw, std::FILE* warni
                           std::to_string(static_cast<long>(largest)) + ", " + member.name +
                           " takes 0 .. " + std::to_string(static_cast<long>(fullScale)) + ")");
     }
-    if (warnings != nullptr && largest < (fullScale + 1.0) / 16.0) {
-        std::fprintf(warnings,
-                     "warning: the largest sample, %ld, is below 1/16 of %d-bit full scale: "
-                     "is %s the member for this frame?\n",
-                     static_cast<long>(largest), member.bits, member.name.c_str());
+    if (largest < (fullScale + 1.0) / 16.0) {
+        warnings.push_back("the largest sample, " + std::to_string(static_cast<long>(largest)) +
+                           ", is below 1/16 of " + std::to_string(member.bits) +
+                           "-bit full scale: is " + member.name + " the member for this frame?");
     }
 }
 

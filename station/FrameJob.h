@@ -1,8 +1,9 @@
-// Measuring one raw frame with one member, turning every failure into its own exit status
-// and a one-line reason.
+// Measuring one raw frame with one member: the library's frame report laid out as the
+// station's, every failure turned into its cause and a one-line reason.
 #pragma once
 
-#include <cstdio>
+#include <string>
+#include <vector>
 
 #include <opencv2/core.hpp>
 
@@ -23,19 +24,29 @@ inline constexpr double kChartFitLimitPx = 35.0;
 void validateParam(const Member& member, int width, const SFRParam& param);
 
 // Refuses (Failure, sample depth) a frame whose largest sample exceeds the member's depth;
-// warns on `warnings` (unless null) when the largest sample is below 1/16 of that full scale.
-void checkSampleDepth(const Member& member, const cv::Mat& raw, std::FILE* warnings);
+// adds a warning to `warnings` when the largest sample is below 1/16 of that full scale.
+void checkSampleDepth(const Member& member, const cv::Mat& raw, std::vector<std::string>& warnings);
 
-// validateParam, then measures `raw` (CV_16UC1) and returns the report with one row per
-// entry and the chart fit of its centres. Throws Failure: bad arguments, chart not
-// located, region out of bounds, SFR calculation failed.
-FrameReport measureRawFrame(const Member& member, cv::Mat& raw, SFRParam param);
+// What to measure beyond the member's own pass.
+struct MeasureOptions {
+    bool precise = false;  // the precise method on every grey region
+    bool planes = false;   // and on each raw colour plane
+    int whiteLevel = 0;    // raw level counted as clipped; 0: the member's full scale
+};
 
-// The root-mean-square residual (px) of the best similarity fit of the report's located
-// centres onto the member's chart design, slot by slot; NaN with fewer than two centres.
-double chartFitResidual(const Member& member, const FrameReport& report);
+// validateParam, then one pass of the member over `raw` (CV_16UC1): a row per record slot with
+// what became of it and every figure the pass gives. When the member fails, the report is
+// still whole and says why (FrameReport::memberFailure, memberCause); requireMemberSuccess
+// turns that into a Failure. Throws Failure for bad arguments or an internal failure.
+FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRParam& param,
+                            const MeasureOptions& options = {});
 
-// Throws Failure (wrong chart) when the report's chart fit exceeds `limitPx`.
+// Throws the member's failure (Failure with its cause) when the report holds one.
+void requireMemberSuccess(const FrameReport& report);
+
+// Throws Failure when the report's chart fit exceeds `limitPx`: misplaced when most located
+// edges still sit on the fitted design (the chart is there, the locator was misled by a
+// shift or something in view), wrong chart when they do not.
 void requireChartFit(const FrameReport& report, double limitPx = kChartFitLimitPx);
 
 }  // namespace station

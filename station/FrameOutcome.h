@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "station/EdgeReport.h"
 #include "station/Failure.h"
@@ -17,6 +18,13 @@ struct FrameOutcome {
     std::string message;                // the one-line reason of a frame that was not measured
     std::optional<FrameReport> report;  // every measured frame's
     double milliseconds = 0.0;          // reading, measuring and grading
+    // What was found worth saying about a frame that was not measured (a measured frame's
+    // own are its report's).
+    std::vector<std::string> failureWarnings;
+
+    const std::vector<std::string>& warnings() const {
+        return measured() ? report->warnings : failureWarnings;
+    }
 
     bool measured() const { return report.has_value(); }
     // Measured, and every edge within its limits.
@@ -30,6 +38,12 @@ struct FrameOutcome {
         }
         for (const EdgeRow& row : report->rows) {
             if (!report->passes(row)) {
+                if (row.state != EdgeState::kMeasured) {
+                    return row.stateText();
+                }
+                if (!row.flags.empty()) {
+                    return row.flags.front();
+                }
                 const std::string figure =
                     row.failedFigure.empty() ? "sfr_quarter_nyquist" : row.failedFigure;
                 return figure + (row.zone.empty() ? "" : " in zone " + row.zone);

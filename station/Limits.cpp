@@ -128,19 +128,23 @@ SlotLimits readSlot(const std::string& path, const toml::table& table) {
     bool hasIndex = false;
     for (auto&& [key, node] : table) {
         const std::string_view k = key.str();
-        if (k == "index") {
+        // `edge`, as every output names the record slot; `index`, as files written before did.
+        if (k == "edge" || k == "index") {
             const std::optional<std::int64_t> v = node.value<std::int64_t>();
             if (!node.is_integer() || !v || *v < 0 || *v > 1000) {
-                refuse(path, node.source(), "'index' must be a record slot, 0 to 1000");
+                refuse(path, node.source(), "'edge' must be a record slot, 0 to 1000");
+            }
+            if (hasIndex) {
+                refuse(path, node.source(), "a slot has one 'edge'");
             }
             slot.index = static_cast<int>(*v);
             slot.line = static_cast<int>(node.source().begin.line);
             hasIndex = true;
         } else if (!readFigure(path, k, node, slot.figures)) {
-            unknownKey(path, node, k, "a slot (index, ");
+            unknownKey(path, node, k, "a slot (edge, ");
         }
     }
-    require(path, table, hasIndex, "a slot needs 'index'");
+    require(path, table, hasIndex, "a slot needs 'edge' (its record slot)");
     return slot;
 }
 
@@ -265,7 +269,7 @@ void checkLimitSlots(const Limits& limits, const std::string& member, int slots)
     for (const SlotLimits& slot : limits.slots) {
         if (slot.index >= slots) {
             throw Failure(Cause::BadInput, "limits " + limits.path + ":" +
-                                               std::to_string(slot.line) + ": [[slot]] index " +
+                                               std::to_string(slot.line) + ": [[slot]] edge " +
                                                std::to_string(slot.index) + " is not a slot of " +
                                                member + "'s chart (0 to " +
                                                std::to_string(slots - 1) + ")");

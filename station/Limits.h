@@ -12,7 +12,8 @@
 //   [zone.sagittal]                 # optional, per orientation: overrides the zone's figures
 //   sfr_quarter_nyquist = 0.55
 //   [[slot]]                        # optional, per record slot: overrides everything else
-//   index = 7                       # a slot of the member's chart (0 .. slots - 1)
+//   edge = 7                        # a slot of the member's chart (0 .. slots - 1); `index`
+//                                   #   is read too, as older files spell it
 //   sfr_quarter_nyquist = 0.50
 //
 // TOML because a limits file is a small typed table that people edit by hand: comments,

@@ -5,11 +5,14 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <iterator>
 #include <limits>
 
+#include "station/EdgeColumns.h"
+#include "station/Failure.h"
 #include "station/PixelPitch.h"
 #include "station/ToolVersion.h"
 
@@ -43,8 +46,9 @@ CREATE TABLE IF NOT EXISTS frames (
     status TEXT NOT NULL,
     cause INTEGER NOT NULL,
     message TEXT,
-    pass INTEGER,
+    pass INTEGER NOT NULL,
     failure TEXT,
+    warnings TEXT NOT NULL,
     edges INTEGER NOT NULL,
     failed_edges INTEGER NOT NULL,
     width INTEGER,
@@ -54,30 +58,28 @@ CREATE TABLE IF NOT EXISTS frames (
     recorded_at TEXT NOT NULL
 );
 CREATE INDEX IF NOT EXISTS frames_by_file ON frames(path, size_bytes, modified_ns);
-CREATE TABLE IF NOT EXISTS edges (
-    frame_id INTEGER NOT NULL REFERENCES frames(id),
-    slot INTEGER NOT NULL,
-    x INTEGER NOT NULL,
-    y INTEGER NOT NULL,
-    side INTEGER NOT NULL,
-    height_percent REAL,
-    azimuth_deg REAL,
-    orientation TEXT,
-    zone TEXT,
-    sfr_quarter_nyquist REAL,
-    sfr_half_nyquist REAL,
-    sfr_custom REAL,
-    mtf50 REAL,
-    mtf50_lp_per_mm REAL,
-    mtf50_lw_per_ph REAL,
-    precise_sfr_quarter_nyquist REAL,
-    precise_sfr_half_nyquist REAL,
-    precise_mtf50 REAL,
-    pass INTEGER,
-    failed_limit TEXT,
-    PRIMARY KEY (frame_id, slot)
-);
 )sql";
+
+// The edges table: the frame's id, then every edge column, as the column table lists them.
+std::string edgesSchema() {
+    std::string sql =
+        "CREATE TABLE IF NOT EXISTS edges (\n    frame_id INTEGER NOT NULL REFERENCES frames(id)";
+    for (const EdgeColumn& c : edgeColumns()) {
+        sql += std::string(",\n    ") + c.name + " " + sqlType(c.type);
+        if (std::strcmp(c.name, "edge") == 0) {
+            sql += " NOT NULL";
+        }
+    }
+    return sql + ",\n    PRIMARY KEY (frame_id, edge)\n);\n";
+}
+
+std::string edgesInsert() {
+    std::string sql = "INSERT INTO edges VALUES (?";
+    for (std::size_t i = 0; i < edgeColumns().size(); ++i) {
+        sql += ", ?";
+    }
+    return sql + ")";
+}
 
 std::string utcNow() {
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
@@ -117,6 +119,21 @@ public:
         }
         sqlite3_bind_double(statement_, ++bound_, v);
         return *this;
+    }
+    Statement& cell(const Cell& v) {
+        if (const auto* i = std::get_if<long long>(&v)) {
+            return integer(*i);
+        }
+        if (const auto* d = std::get_if<double>(&v)) {
+            return real(*d);
+        }
+        if (const auto* t = std::get_if<std::string>(&v)) {
+            return text(*t);
+        }
+        if (const auto* b = std::get_if<bool>(&v)) {
+            return integer(*b ? 1 : 0);
+        }
+        return null();
     }
     Statement& null() {
         sqlite3_bind_null(statement_, ++bound_);
@@ -158,7 +175,7 @@ private:
 };
 }  // namespace
 
-ResultDatabase::ResultDatabase(const std::string& path) : path_(path) {
+ResultDatabase::ResultDatabase(const std::string& path) : claim_(path), path_(path) {
     if (sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
         SQLITE_OK) {
         const std::string why = db_ != nullptr ? sqlite3_errmsg(db_) : "out of memory";
@@ -184,6 +201,7 @@ ResultDatabase::ResultDatabase(const std::string& path) : path_(path) {
         execute("PRAGMA foreign_keys=ON");
         execute("BEGIN");
         execute(kSchema);
+        execute(edgesSchema().c_str());
         execute(("PRAGMA user_version=" + std::to_string(kDatabaseSchemaVersion)).c_str());
         execute("COMMIT");
     } catch (...) {
@@ -214,7 +232,7 @@ void ResultDatabase::execute(const char* sql) const {
 std::map<FrameKey, RecordedFrame> ResultDatabase::recordedFrames(
     const std::string& configKey) const {
     Statement query(db_,
-                    "SELECT f.path, f.size_bytes, f.modified_ns, f.pass IS NOT NULL, f.failure, "
+                    "SELECT f.path, f.size_bytes, f.modified_ns, f.cause = 0, f.failure, "
                     "f.id "
                     "FROM frames f JOIN runs r ON f.run_id = r.id WHERE r.config_key = ? "
                     "ORDER BY f.id");
@@ -231,9 +249,9 @@ std::map<FrameKey, RecordedFrame> ResultDatabase::recordedFrames(
 
 std::vector<EdgeRow> ResultDatabase::recordedEdges(std::int64_t frameId) const {
     Statement query(db_,
-                    "SELECT slot, x, y, side, height_percent, azimuth_deg, orientation, zone, "
+                    "SELECT edge, x, y, side, height_percent, azimuth_deg, orientation, zone, "
                     "sfr_quarter_nyquist, sfr_half_nyquist, mtf50, pass, failed_limit FROM edges "
-                    "WHERE frame_id = ? ORDER BY slot");
+                    "WHERE frame_id = ? ORDER BY edge");
     query.integer(frameId);
     std::vector<EdgeRow> rows;
     while (query.step()) {
@@ -279,9 +297,9 @@ void ResultDatabase::recordFrame(std::int64_t runId, const FrameOutcome& outcome
     try {
         Statement frame(db_,
                         "INSERT INTO frames (run_id, path, size_bytes, modified_ns, status, "
-                        "cause, message, pass, failure, edges, failed_edges, width, height, "
-                        "chart_fit_px, duration_ms, recorded_at) VALUES "
-                        "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+                        "cause, message, pass, failure, warnings, edges, failed_edges, width, "
+                        "height, chart_fit_px, duration_ms, recorded_at) VALUES "
+                        "(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
         const FrameReport* report = outcome.report ? &*outcome.report : nullptr;
         frame.integer(runId)
             .text(outcome.file.path)
@@ -290,53 +308,31 @@ void ResultDatabase::recordFrame(std::int64_t runId, const FrameOutcome& outcome
             .text(causeName(outcome.cause))
             .integer(static_cast<int>(outcome.cause))
             .textOrNull(outcome.message);
+        // Never NULL: a frame that could not be measured does not pass.
+        frame.integer(outcome.passes() ? 1 : 0)
+            .textOrNull(outcome.failure())
+            .text(joinWarnings(outcome.warnings()));
         if (report != nullptr) {
-            frame.integer(outcome.passes() ? 1 : 0)
-                .textOrNull(outcome.failure())
-                .integer(static_cast<std::int64_t>(report->rows.size()))
+            frame.integer(static_cast<std::int64_t>(report->rows.size()))
                 .integer(report->failures())
                 .integer(report->width)
                 .integer(report->height)
                 .real(report->fitResidual);
         } else {
-            frame.null().text(outcome.failure()).integer(0).integer(0).null().null().null();
+            frame.integer(0).integer(0).null().null().null();
         }
         frame.real(outcome.milliseconds).text(utcNow());
         frame.step();
         const std::int64_t frameId = sqlite3_last_insert_rowid(db_);
         if (report != nullptr) {
-            Statement edge(db_,
-                           "INSERT INTO edges VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
-                           "?, ?, ?, ?, ?)");
-            const double nan = std::nan("");
+            Statement edge(db_, edgesInsert().c_str());
             for (const EdgeRow& row : report->rows) {
                 edge.reset();
-                const SFREdgeResult& m = row.measured;
-                edge.integer(frameId)
-                    .integer(row.index)
-                    .integer(m.x)
-                    .integer(m.y)
-                    .integer(row.side)
-                    .real(row.field.heightPercent)
-                    .real(row.field.azimuthDeg)
-                    .text(row.field.orientation)
-                    .textOrNull(row.zone)
-                    .real(m.sfrQuarterNyquist)
-                    .real(m.sfrHalfNyquist)
-                    .real(report->hasCustom() ? m.sfrCustom : nan)
-                    .real(row.mtf50)
-                    .real(report->hasPitch() ? linePairsPerMm(row.mtf50, report->pixelPitchUm)
-                                             : nan)
-                    .real(report->hasPitch() ? lineWidthsPerHeight(row.mtf50, report->height) : nan)
-                    .real(row.precise.sfrQuarterNyquist)
-                    .real(row.precise.sfrHalfNyquist)
-                    .real(row.precise.mtf50);
-                if (report->hasLimit) {
-                    edge.integer(report->passes(row) ? 1 : 0);
-                } else {
-                    edge.null();
+                edge.integer(frameId);
+                // Every column exists in the table; one the report does not carry is NULL.
+                for (const EdgeColumn& c : edgeColumns()) {
+                    edge.cell(c.present(*report) ? c.value(*report, row) : Cell());
                 }
-                edge.textOrNull(row.failedLimit);
                 edge.step();
             }
         }

@@ -1,21 +1,21 @@
 // A batch's record in SQLite: one row per run, per frame and per edge.
 //
-// Schema version 1 (PRAGMA user_version = 1):
+// Schema version 2 (PRAGMA user_version = 2):
 //   runs(id, tool_version, library_version, member, options, config_key, limits_path,
 //        limits_hash, started_at, finished_at, frames, measured, passed, interrupted)
 //       options: the measuring options as JSON; config_key: member + options + limits hash,
 //       what "already recorded" compares; times are UTC ISO 8601; finished_at stays NULL
 //       for a run that was killed.
 //   frames(id, run_id, path, size_bytes, modified_ns, status, cause, message, pass, failure,
-//          edges, failed_edges, width, height, chart_fit_px, duration_ms, recorded_at)
+//          warnings, edges, failed_edges, width, height, chart_fit_px, duration_ms,
+//          recorded_at)
 //       status: "measured" or the cause's exit status name ("chart not located", ...), cause
-//       its exit status; pass: 1/0 for a measured frame, NULL otherwise; failure: why it did
-//       not pass ("mtf50 in zone edge", "chart not located"), NULL when it passed.
-//   edges(frame_id, slot, x, y, side, height_percent, azimuth_deg, orientation, zone,
-//         sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50, mtf50_lp_per_mm,
-//         mtf50_lw_per_ph, precise_sfr_quarter_nyquist, precise_sfr_half_nyquist,
-//         precise_mtf50, pass, failed_limit)
-//       figures in cycles per pixel, NULL where not measured; pass NULL without limits.
+//       its exit status; pass: 1/0, never NULL (a frame not measured does not pass);
+//       failure: why it did not pass ("mtf50 in zone edge", "chart not located"), NULL when
+//       it passed; warnings: what the checks found, "; "-separated, empty when nothing.
+//   edges(frame_id, then every edge column of EdgeColumns.h under its own name and type)
+//       NULL where a figure does not exist or the run's options do not produce it; pass
+//       NULL without limits.
 // A frame and its edges go in one transaction, so a killed batch loses at most the frames
 // in flight; the database runs in WAL mode and survives the kill consistent.
 #pragma once
@@ -26,6 +26,7 @@
 #include <tuple>
 #include <vector>
 
+#include "station/DatabaseClaim.h"
 #include "station/FrameOutcome.h"
 
 struct sqlite3;
@@ -33,7 +34,7 @@ struct sqlite3;
 namespace talonvireo {
 namespace station {
 
-inline constexpr int kDatabaseSchemaVersion = 1;
+inline constexpr int kDatabaseSchemaVersion = 2;
 
 struct RunRecord {
     std::string member;
@@ -55,8 +56,9 @@ struct RecordedFrame {
 
 class ResultDatabase {
 public:
-    // Opens or creates the database. Throws Failure: cannot open (Cause::Failed), or a
-    // database of another schema version or not this tool's (bad input).
+    // Claims the database for this writer (DatabaseClaim), then opens or creates it. Throws
+    // Failure: another batch writes it or it cannot be opened (Cause::Failed), or a database
+    // of another schema version or not this tool's (bad input).
     explicit ResultDatabase(const std::string& path);
     ~ResultDatabase();
     ResultDatabase(const ResultDatabase&) = delete;
@@ -77,6 +79,8 @@ private:
     void execute(const char* sql) const;
     // The first column of the first row.
     std::int64_t single(const char* sql) const;
+    // Held before the database is opened, for as long as it is: one writer at a time.
+    DatabaseClaim claim_;
     sqlite3* db_ = nullptr;
     std::string path_;
 };

@@ -6,7 +6,7 @@ namespace station {
 
 inline constexpr const char* kToolVersion = TALONVIREO_VERSION;  // set by the build
 // Raised whenever a JSON document's keys or their meaning change.
-inline constexpr int kSchemaVersion = 2;
+inline constexpr int kSchemaVersion = 3;
 
 }  // namespace station
 }  // namespace talonvireo

@@ -34,7 +34,7 @@ endfunction()
 
 # ---- The dispatcher ----
 cli_test(NAME NoCommandPrintsUsage STATUS 2 MATCH "Usage: talonvireo-sfr .*SUBCOMMAND")
-cli_test(NAME HelpListsEveryCommand STATUS 0 MATCH "demo.*measure.*batch.*roi.*render"
+cli_test(NAME HelpListsEveryCommand STATUS 0 MATCH "demo.*measure.*batch.*roi.*render.*columns"
     ARGS --help)
 cli_test(NAME UnknownCommandIsRefused STATUS 2 MATCH "unknown command 'nope'" ARGS nope)
 foreach(command demo measure batch roi render)
@@ -57,6 +57,11 @@ cli_test(NAME render.CropsTheFrameAroundTheChart FIXTURE STATUS 0 FILES crop.raw
 cli_test(NAME render.WritesAFrameWithoutAChart FIXTURE STATUS 0 FILES blank.raw
     ARGS render --project HLX6C --bits 10 --bayer --width 1000 --height 800 --shift-x 5000
         --out blank)
+cli_test(NAME render.OverExposesAFrame FIXTURE STATUS 0 FILES bright.raw
+    ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --light 2.0 --out bright)
+cli_test(NAME render.ShiftsTheChartOffItsPlace FIXTURE STATUS 0 FILES shifted.raw
+    ARGS render --project HLX6C --bits 10 --bayer --sigma 0.8 --shift-x -180 --shift-y 100
+        --read-noise 1.5 --out shifted)
 cli_test(NAME render.WritesAGreyImage FIXTURE STATUS 0 FILES g8.png
     ARGS render --project HLX6C --bits 8 --sigma 0.8 --out g8)
 cli_test(NAME render.WritesOneRawRegion FIXTURE STATUS 0 FILES reg.raw
@@ -106,8 +111,8 @@ cli_test(NAME demo.RefusesUnknownOptions STATUS 2 MATCH "bad arguments: .*--nope
 set(h6 h6.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
 cli_test(NAME measure.PrintsATableOfEveryEdge STATUS 0
     MATCH "talonvireoSFR_raw10_HLX6C on 4000 x 3000: 52 edges.*\n   51 " ARGS measure ${h6})
-cli_test(NAME measure.WritesJson STATUS 0 MATCH "\"edges\":.*\"index\": 51" ARGS measure ${h6} --json)
-cli_test(NAME measure.WritesCsv STATUS 0 MATCH "edge,x,y,side,sfr_quarter_nyquist.*\n51,"
+cli_test(NAME measure.WritesJson STATUS 0 MATCH "\"edges\":.*\"edge\": 51" ARGS measure ${h6} --json)
+cli_test(NAME measure.WritesCsv STATUS 0 MATCH "edge,state,x,y,side,sfr_quarter_nyquist.*warnings\n0,measured,.*\n51,measured,"
     ARGS measure ${h6} --csv)
 cli_test(NAME measure.DrawsTheOverlay STATUS 0 FILES overlay.png
     ARGS measure ${h6} --overlay overlay.png --min-sfr 0.5)
@@ -119,7 +124,8 @@ cli_test(NAME measure.ReadsMipiRaw10 STATUS 0 MATCH "52 edges"
 cli_test(NAME measure.ReadsPaddedMipiRaw12AfterAHeader STATUS 0 MATCH "52 edges"
     ARGS measure h6p.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
         --packing mipi12 --stride 6016 --offset 256)
-cli_test(NAME measure.ReadsRaw8 STATUS 0 MATCH "52 edges"
+cli_test(NAME measure.ReadsRaw8 STATUS 0
+    MATCH "52 edges.*warning: 8-bit samples \\(raw8\\) are measured as 10-bit codes"
     ARGS measure h8.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
         --packing raw8)
 cli_test(NAME measure.RefusesAStrideShorterThanALine STATUS 2
@@ -144,7 +150,7 @@ cli_test(NAME measure.AddsThePreciseFiguresBesideTheMembers STATUS 0
     MATCH "SFR N/2    MTF50 \\|    P N/4    P N/2  P MTF50 .*\n   51 .*P: the precise method"
     ARGS measure ${h6} --method precise)
 cli_test(NAME measure.AddsEachRawColourPlaneToTheJson STATUS 0 JSON
-    MATCH "\"method\": \"precise, per channel raw\".*\"raw_planes\".*\"channel\": \"Gb\""
+    MATCH "\"method\": \"precise, per channel raw\".*\"raw_Gb_sfr_quarter_nyquist\": 0[.][0-9]+"
     ARGS measure ${h6} --method precise --per-channel-raw --json)
 cli_test(NAME measure.CsvCarriesThePreciseColumns STATUS 0
     MATCH "precise_mtf50,raw_R_sfr_quarter_nyquist.*\n51,"
@@ -160,10 +166,10 @@ cli_test(NAME measure.GradesEveryEdgeAgainstALimitsFile STATUS 1
 cli_test(NAME measure.PassesAFrameWithinItsLimits STATUS 0 MATCH "0 of 52 edges fail .* frame PASSES"
     ARGS measure ${h6} --limits ${limits}/lenient.toml)
 cli_test(NAME measure.JsonCarriesFieldZoneAndTheFailedLimit STATUS 1 JSON
-    MATCH "\"limits\": .*\"field\": \\{.*\"height_percent\".*\"orientation\".*\"zone\": \"0.7F\".*\"failed_limit\": \"sfr_quarter_nyquist"
+    MATCH "\"limits\": .*\"height_percent\".*\"orientation\".*\"zone\": \"0.7F\".*\"failed_limit\": \"sfr_quarter_nyquist"
     ARGS measure ${h6} --limits ${limits}/hlx6c.toml --json)
 cli_test(NAME measure.CsvCarriesFieldZoneAndTheFailedLimit STATUS 1
-    MATCH "height_percent,azimuth_deg,orientation,zone,failed_limit,pass\n0,.*,(tangential|sagittal),\"centre\","
+    MATCH "height_percent,azimuth_deg,orientation,zone,failed_limit,pass,warnings\n0,.*,(tangential|sagittal),centre,"
     ARGS measure ${h6} --limits ${limits}/hlx6c.toml --csv)
 cli_test(NAME measure.RefusesALimitsSyntaxErrorNamingTheLine STATUS 2
     MATCH "limits .*syntax-error.toml:4: " ARGS measure ${h6} --limits ${limits}/syntax-error.toml)
@@ -183,6 +189,25 @@ cli_test(NAME measure.RefusesAMissingLimitsFile STATUS 3 MATCH "cannot read limi
 cli_test(NAME measure.LimitsAndMinSfrExcludeEachOther STATUS 2
     MATCH "--limits and --min-sfr exclude each other"
     ARGS measure ${h6} --limits ${limits}/lenient.toml --min-sfr 0.5)
+cli_test(NAME measure.RefusesASlotTheChartDoesNotHave STATUS 2
+    MATCH "slot-beyond-chart.toml:8: \\[\\[slot\\]\\] edge 60 is not a slot of talonvireoSFR_raw10_HLX6C's chart \\(0 to 51\\)"
+    NOMATCH "edges in" ARGS measure ${h6} --limits ${limits}/slot-beyond-chart.toml)
+cli_test(NAME batch.RefusesASlotTheChartDoesNotHaveBeforeAnyFrame STATUS 2
+    MATCH "slot-beyond-chart.toml:8: \\[\\[slot\\]\\] edge 60" NOMATCH "frames/s"
+    ARGS batch h6.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --limits ${limits}/slot-beyond-chart.toml)
+cli_test(NAME measure.CountsTheEdgesBeyondTheLastZoneAsUnzoned STATUS 0
+    MATCH "frame PASSES.*warning: limits .*short-zones.toml: [0-9]+ edges lie beyond the last zone \\('middle', max_height 50 %\\): unzoned"
+    ARGS measure ${h6} --limits ${limits}/short-zones.toml)
+cli_test(NAME measure.GradesMtf50InLpPerMmAndLwPerPh STATUS 0
+    MATCH "0 of 52 edges fail the limits in .*sensor-units.toml: frame PASSES"
+    ARGS measure ${h6} --limits ${limits}/sensor-units.toml --pixel-pitch 1.12um)
+cli_test(NAME measure.RefusesLimitsInSensorUnitsWithoutAPixelPitch STATUS 2
+    MATCH "sensor-units.toml:5: 'mtf50_lp_per_mm' needs a pixel pitch" NOMATCH "edges in"
+    ARGS measure ${h6} --limits ${limits}/sensor-units.toml)
+cli_test(NAME measure.DrawsTheFieldCurveAgainstItsLimits STATUS 0 FILES limits-curve.png
+    ARGS measure ${h6} --limits ${limits}/short-zones.toml --pixel-pitch 1.12um
+        --field-curve limits-curve.png)
 cli_test(NAME measure.GivesMtf50InSensorUnits STATUS 0
     MATCH "pixel pitch 1.12 um: Nyquist/4 = 111.6 lp/mm.*MTF50    lp/mm    LW/PH"
     ARGS measure ${h6} --pixel-pitch 1.12um)
@@ -236,7 +261,7 @@ cli_test(NAME measure.PartialJsonSaysTheVerdictIsNotTheMembers STATUS 6 JSON
     MATCH "\"partial\": {.*\"member_exit_status\": 6.*\"verdict\": \"not the member's.*\"state\": \"off the frame\""
     ARGS measure ${crop} --partial --json)
 cli_test(NAME measure.PartialCsvCarriesEachEdgesState STATUS 6
-    MATCH "orientation,state\n0,.*,\"measured\"\n.*,\"off the frame\""
+    MATCH "edge,state,.*\n0,measured,.*\n.*,off the frame,"
     ARGS measure ${crop} --partial --csv)
 cli_test(NAME measure.PartialFailsTheUnmeasuredEdgesAgainstLimits STATUS 6
     MATCH " FAIL off the frame\n.*edges fail the limits"
@@ -340,7 +365,7 @@ cli_test(NAME measure.CsvLeavesOutAnUnrequestedCustomFigure STATUS 0 NOMATCH "cu
 cli_test(NAME measure.TableLeavesOutAnUnrequestedCustomFigure STATUS 0 NOMATCH "custom"
     ARGS measure ${h6})
 cli_test(NAME measure.CsvLeavesAnInfiniteFigureEmpty STATUS 0
-    MATCH "sfr_custom,height_percent,azimuth_deg,orientation\n0,[0-9]+,[0-9]+,80,[0-9.]+,[0-9.]+,,"
+    MATCH "sfr_half_nyquist,sfr_custom,.*\n0,measured,[0-9]+,[0-9]+,80,[0-9.]+,[0-9.]+,,"
     NOMATCH "inf|nan"
     ARGS measure ${h6} --freq-divisor 0.2 --csv)
 
@@ -384,7 +409,7 @@ cli_test(NAME demo.RefusesRoiZeroBeforeRendering STATUS 2 MATCH "--roi is out of
 
 # ---- The wrong chart, the wrong depth ----
 cli_test(NAME measure.RefusesAK83P09BQFrameMeasuredAsHLX6C STATUS 9
-    MATCH "frame does not look like the HLX6C chart \\(fit residual [0-9.]+ px\\)"
+    MATCH "frame does not look like the HLX6C chart \\(fit residual [0-9.]+ px; "
     ARGS measure q8.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
 cli_test(NAME measure.RefusesAnHLX6CFrameMeasuredAsK83P09BQ STATUS 9
     MATCH "frame does not look like the K83P09BQ chart"
@@ -461,3 +486,30 @@ cli_test(NAME roi.DoesNotWarnOfAFortyPixelRegion STATUS 0 NOMATCH "warning"
 cli_test(NAME demo.EndsWithASummaryLine STATUS 0
     MATCH "summary: worst centre error [0-9.]+ px; mean SFR - truth [+-][0-9.]+ at Nyquist/4, [+-][0-9.]+ at Nyquist/2\\. The Malvar"
     ARGS demo --project K83P09BQ --out dsum)
+
+# ---- verdicts a clipped, misplaced or dim frame cannot fool ----
+cli_test(NAME measure.FailsAClippedFrameUnderLimitsAndWarns STATUS 1
+    MATCH "FAIL clipped.*52 of 52 edges fail.*warning: 52 edges are clipped "
+    ARGS measure bright.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --limits ${limits}/lenient.toml)
+cli_test(NAME measure.AcceptsAClippedFrameWhenAsked STATUS 0
+    MATCH "0 of 52 edges fail.*clipped.*accepted as asked"
+    ARGS measure bright.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --limits ${limits}/lenient.toml --accept-clipped)
+cli_test(NAME measure.JsonOfAClippedFrameCarriesItsWarningAndFlags STATUS 1
+    JSON_CHECK "d['pass'] is False and d['clipped_share'] > 0.2 and any('clipped' in w for w in d['warnings']) and all(e['flags'] == 'clipped' for e in d['edges'])"
+    ARGS measure bright.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C
+        --limits ${limits}/lenient.toml --json)
+cli_test(NAME measure.TellsAMisplacedChartFromAnotherChart STATUS 11
+    MATCH "the HLX6C chart is in view but its edges were not all found in place"
+    ARGS measure shifted.raw --width 4000 --height 3000 --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME json.AFailureDocumentCarriesTheWarningsBeforeIt STATUS 5
+    JSON_CHECK "d['exit_status'] == 5 and any('below 1/16' in w for w in d['warnings'])"
+    ARGS measure blank.raw --width 1000 --height 800 --member talonvireoSFR_raw16 --mark 100
+        --json)
+cli_test(NAME columns.PrintsTheTableOfEdgeColumns STATUS 0
+    MATCH "\\| `edge` \\| integer.*\\| `clipped_share` \\| real \\| fraction \\| always"
+    ARGS columns)
+cli_test(NAME columns.JsonListsEveryColumn STATUS 0
+    JSON_CHECK "d['kind'] == 'columns' and [c['name'] for c in d['columns']][:3] == ['edge', 'state', 'x']"
+    ARGS columns --json)

@@ -7,8 +7,6 @@
 #include <vector>
 
 #include "ChartFrames.h"
-#include "station/Members.h"
-#include "station/RegionFigures.h"
 #include "talonvireo/talonVireoSFR.h"
 
 namespace {
@@ -16,37 +14,34 @@ using namespace talonvireo;
 
 constexpr int kCapacity = 68;
 
-const station::Member& memberNamed(const std::vector<station::Member>& members,
-                                   const std::string& name) {
-    const station::Member* member = station::findMember(members, name);
-    if (member == nullptr) {
-        throw std::runtime_error("no member " + name);
-    }
-    return *member;
-}
-
 class MemberEdgeLocate : public ::testing::TestWithParam<std::string> {};
 
 // One member of each chart and scale: its record's centres are the located ones truncated.
 TEST_P(MemberEdgeLocate, GivesTheCentresOfTheMembersRecord) {
-    const std::vector<station::Member> members = station::allMembers();
-    const station::Member& member = memberNamed(members, GetParam());
-    const int width = member.eightK ? 7680 : 4000;
-    const int height = member.eightK ? 4320 : 3000;
-    cv::Mat raw = talonvireo::testing::renderRawChart(member.project, member.bits, width, height);
+    const MemberInfo* member = findMember(GetParam().c_str());
+    ASSERT_NE(member, nullptr);
+    const int width = member->eightK ? 7680 : 4000;
+    const int height = member->eightK ? 4320 : 3000;
+    cv::Mat raw = talonvireo::testing::renderRawChart(
+        talonvireo::testing::chartProjectNamed(member->chartName), member->bits, width, height);
     const SFRParam param{0.0f, 80, 100};
-    std::vector<SFREdgeResult> edges;
-    ASSERT_EQ(member.measure(raw.ptr<std::uint16_t>(), width, height, param, edges), 0);
+    MemberFrameReport report;
+    ASSERT_EQ(
+        measureMemberFrame(*member, raw.ptr<std::uint16_t>(), width, height, param, {}, report), 0);
+    ASSERT_EQ(report.memberStatus, 0);
 
-    const cv::Mat grey = station::memberGrey(member, raw);
+    cv::Mat grey(height, width, CV_8UC1);
+    ASSERT_EQ(rawFrameToGrey(raw.ptr<std::uint16_t>(), width, height, member->bits, member->road,
+                             grey.data),
+              0);
     std::vector<EdgeCentre> centres(kCapacity, EdgeCentre{-7.0f, -7.0f});
-    const int count = locateMemberEdges(grey.data, width, height, member.chart(),
+    const int count = locateMemberEdges(grey.data, width, height, member->chart,
                                         param.markSearchSize, centres.data(), kCapacity);
-    ASSERT_EQ(count, static_cast<int>(edges.size()));
-    EXPECT_EQ(count, member.project == render::ChartProject::K31R22BX ? 68 : 52);
+    ASSERT_EQ(count, static_cast<int>(report.slots.size()));
+    EXPECT_EQ(count, member->slots);
     for (int i = 0; i < count; ++i) {
-        EXPECT_EQ(static_cast<int>(centres[i].x), edges[i].x) << i;
-        EXPECT_EQ(static_cast<int>(centres[i].y), edges[i].y) << i;
+        EXPECT_EQ(static_cast<int>(centres[i].x), report.slots[i].x) << i;
+        EXPECT_EQ(static_cast<int>(centres[i].y), report.slots[i].y) << i;
     }
     // Beyond the count nothing is written.
     for (int i = count; i < kCapacity; ++i) {

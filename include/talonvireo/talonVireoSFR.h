@@ -7,6 +7,8 @@
 #include "talonvireo/FrameMeasurement.h"
 #include "talonvireo/MeasurementRecords.h"
 #include "talonvireo/MemberEdgeLocate.h"
+#include "talonvireo/MemberFrameReport.h"
+#include "talonvireo/MemberTable.h"
 #include "talonvireo/PixelFormat.h"
 #include "talonvireo/ProjectLocate.h"
 #include "talonvireo/RawFrameToGrey.h"

@@ -10,26 +10,45 @@
 
 #include "convert/Demosaic.h"
 #include "convert/GreyRoads.h"
+#include "talonvireo/RawFrameToGrey.h"
 
 namespace talonvireo {
 namespace api {
 
-enum class GreyRoad {
-    kImageTransform,  // the image transform's mosaic-to-grey operation, mode 0 (RGGB)
-    kDemosaic17,      // demosaicToGrey at pixel format 17 (8-bit mosaic, Bayer R G)
-};
-
 inline constexpr int kBayerRg = 1;  // the phase field of format 17
 
-// Bayer R G words (width x height, packed) to width x height grey bytes. False, writing
-// nothing, for a null buffer, a size of 0 or less or no memory for the band buffers.
+// The word depth of `bits` significant bits; false for a depth no member takes.
+inline bool wordDepthOf(int bits, convert::WordDepth& depth) {
+    switch (bits) {
+        case 10:
+            depth = convert::WordDepth::k10;
+            return true;
+        case 14:
+            depth = convert::WordDepth::k14;
+            return true;
+        case 16:
+            depth = convert::WordDepth::k16;
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Bayer R G words (width x height, packed) to width x height grey bytes: the Malvar road is
+// demosaicToGrey at pixel format 17 (8-bit mosaic, Bayer R G), the edge-directed one the
+// image transform's mosaic-to-grey operation, mode 0 (RGGB). False, writing nothing, for a
+// null buffer, a size of 0 or less, an unknown road or no memory for the band buffers.
 inline bool reduceToGrey(convert::WordDepth depth, GreyRoad road, const std::uint16_t* words,
                          int width, int height, std::uint8_t* grey) {
-    return road == GreyRoad::kDemosaic17
-               ? convert::malvarRoadToGrey(words, width, height, depth,
-                                           convert::phaseIndex(kBayerRg), grey)
-               : convert::edgeDirectedRoadToGrey(words, width, height, depth, convert::kPhaseRggb,
-                                                 grey);
+    switch (road) {
+        case GreyRoad::kMalvar:
+            return convert::malvarRoadToGrey(words, width, height, depth,
+                                             convert::phaseIndex(kBayerRg), grey);
+        case GreyRoad::kEdgeDirected:
+            return convert::edgeDirectedRoadToGrey(words, width, height, depth, convert::kPhaseRggb,
+                                                   grey);
+    }
+    return false;
 }
 
 // `raw` is CV_16UC1; returns the CV_8UC1 grey image of its size. Throws std::bad_alloc when

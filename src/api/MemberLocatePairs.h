@@ -2,12 +2,25 @@
 // images prepared once per frame, at the working scale of the members of that chart.
 #pragma once
 
+#include "api/LocateEntry.h"
 #include "api/LocateRecipes.h"
-#include "api/MeasurementPipeline.h"
 #include "talonvireo/ProjectLocate.h"
 
 namespace talonvireo {
 namespace api {
+
+// Two locate functions, each filling `Edges` centres, both searching the frame downscaled by
+// `scale`: the pipeline downscales it once for the two.
+template <class ParamT, class ResultT, int Edges>
+struct LocatePair {
+    using Param = ParamT;
+    using Result = ResultT;
+    using Locate = int (*)(const LocateImages&, Param, Result&);
+    Locate first;
+    Locate second;
+    double scale;
+    static constexpr int kEdges = Edges;
+};
 
 using K31Pair = LocatePair<K31R22BX::Param, K31R22BX::Result, 34>;
 using K74Pair = LocatePair<K74T16BX::Param, K74T16BX::Result, 26>;

@@ -4,10 +4,9 @@
 #include <cstdint>
 #include <exception>
 
+#include "sfr/RegionMeasurement.h"
 #include "sfr/RegionPreparation.h"
 #include "sfr/SfrContext.h"
-#include "sfr/SfrCore.h"
-#include "sfr/SfrReadout.h"
 #include "sfr/SfrStatus.h"
 
 namespace {
@@ -20,27 +19,10 @@ void resetResult(tagSFRResult& result) {
     result.nyquistDivisor = divisor;
 }
 
-void fillResult(const SfrContext& ctx, tagSFRResult& result) {
-    for (int c = 0; c < ctx.region.channels(); ++c) {
-        result.sfrHalfNyquist[c] = sfrAtDivisor(ctx, c, 2.0);
-        result.sfrQuarterNyquist[c] = sfrAtDivisor(ctx, c, 4.0);
-        result.mtf50[c] = mtf50(ctx, c);
-        result.nyquist = ctx.nyquist;
-        result.edgeAngle = ctx.edgeAngle;
-        if (result.nyquistDivisor > 0.0) {
-            result.sfrCustom[c] = sfrAtDivisor(ctx, c, result.nyquistDivisor);
-        }
-    }
-}
-
 // Measures one prepared region (a deep copy is taken); figures are written only on success.
 int measureRegion(const cv::Mat& region, tagSFRResult& result) {
-    SfrContext ctx = makeSfrContext(region);
-    const int status = runSfrCore(ctx);
-    if (status == kSfrOk) {
-        fillResult(ctx, result);
-    }
-    return status;
+    SfrContext ctx;
+    return measurePreparedRegion(region, result, ctx);
 }
 
 bool outsideImage(const tagEdgeRoi& roi, int width, int height) {

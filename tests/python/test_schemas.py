@@ -5,6 +5,7 @@ import json
 import os
 import sqlite3
 import subprocess
+import sys
 
 import numpy as np
 import pytest
@@ -169,7 +170,7 @@ def test_demo_json_is_a_frame_document_with_the_truth(tmp_path):
     with open(str(prefix) + ".json") as f:
         doc = strict_json(f.read())
     check("frame", doc)
-    assert doc["input"] is None and all("truth" in e for e in doc["edges"])
+    assert doc["input"] is None and all("true_x" in e for e in doc["edges"])
 
 
 # ---- roi --json: the region report ----
@@ -288,9 +289,9 @@ def test_the_frame_schema_refuses_what_the_tool_never_writes(partial_report):
         "limits without a verdict": lambda d: d["edges"][edge].pop("pass"),
         "an error without its exit status": lambda d: (d.pop("exit_status", None),
                                                        d.update(error="failed")),
-        "an unknown orientation": lambda d: d["edges"][edge]["field"].update(orientation="x"),
-        "the precise figures of a refused region": lambda d: d["edges"][edge]["precise"].update(
-            status=-2),
+        "an unknown orientation": lambda d: d["edges"][edge].update(orientation="x"),
+        "flags that are not text": lambda d: d["edges"][edge].update(flags=3),
+        "warnings that are not a list": lambda d: d.update(warnings="clipped"),
     }
     accepted = [what for what, change in changes.items()
                 if not refused("frame", mutated(partial_report, change))]
@@ -299,19 +300,40 @@ def test_the_frame_schema_refuses_what_the_tool_never_writes(partial_report):
 
 def test_the_batch_row_and_failure_schemas_refuse_mixed_documents(partial_report):
     head = {k: partial_report[k] for k in ("schema_version", "tool_version", "kind", "input")}
-    failure = dict(head, error="cannot read x.raw", exit_status=3)
+    failure = dict(head, error="cannot read x.raw", exit_status=3, warnings=[])
     check("failure", failure)
     assert refused("failure", dict(failure, exit_status=0))
     assert refused("failure", dict(failure, edges=[]))
     assert refused("failure", {k: v for k, v in failure.items() if k != "error"})
     record = {"status": "unreadable file", "exit_status": 3, "message": "cannot read x.raw",
-              "duration_ms": 1.5, "file_size_bytes": 0, "modified_ns": 1}
+              "duration_ms": 1.5, "file_size_bytes": 0, "modified_ns": 1, "pass": False,
+              "warnings": []}
     check("batch-row", dict(head, input="x.raw", **record))
     assert refused("batch-row", dict(head, input="x.raw", **dict(record, status="measured")))
-    assert refused("batch-row", dict(head, input="x.raw", **record, **{"pass": False}))
+    # A frame that could not be measured never passes, and its verdict is never left out.
+    assert refused("batch-row", dict(head, input="x.raw", **dict(record, **{"pass": True})))
+    assert refused("batch-row", dict(head, input="x.raw",
+                                     **{k: v for k, v in record.items() if k != "pass"}))
     # A measured row is a whole frame report with its record and verdict.
-    measured = {k: v for k, v in partial_report.items() if k not in ("error", "exit_status")}
-    measured.update(record, status="measured", exit_status=0, message="ok")
+    measured = {k: v for k, v in partial_report.items()
+                if k not in ("error", "exit_status", "pass")}
+    measured.update({k: v for k, v in record.items() if k != "pass"}, status="measured",
+                    exit_status=0, message="ok")
     assert refused("batch-row", measured)  # no verdict
     measured["pass"] = False
     check("batch-row", measured)
+
+
+# ---- the edge columns: one table behind the schema ----
+
+def test_the_frame_schemas_edges_are_the_tools_table_of_columns():
+    # The edge part of frame.schema.json is written from `talonvireo-sfr columns --json`;
+    # a column added, renamed or retyped without the schema fails here.
+    script = os.path.join(HERE, "..", "..", "scripts", "frame_schema.py")
+    done = subprocess.run([sys.executable, script, tool(), "--check"], capture_output=True,
+                          text=True)
+    assert done.returncode == 0, done.stderr
+    names = [c["name"] for c in strict_json(run("columns", "--json").stdout)["columns"]]
+    with open(os.path.join(SCHEMA_DIR, "frame.schema.json")) as f:
+        edge = json.load(f)["$defs"]["edge"]
+    assert list(edge["properties"]) == names

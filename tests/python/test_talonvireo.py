@@ -257,7 +257,7 @@ HLX6C_RAW10 = "talonvireoSFR_raw10_HLX6C"
 
 def test_measure_files_returns_one_row_per_edge_and_one_per_failed_frame(frame_files):
     table = talonvireo.measure_files(frame_files, HLX6C_RAW10, width=4000, height=3000)
-    assert list(table.columns[:4]) == ["file", "error", "edge", "x"]
+    assert list(table.columns[:5]) == ["file", "error", "warnings", "edge", "state"]
     measured = table[table["error"].isna()]
     assert len(measured) == 3 * 52
     assert set(measured["orientation"]) == {"tangential", "sagittal"}
@@ -328,7 +328,7 @@ def test_measure_files_keeps_each_files_figures_on_its_own_rows_after_a_failure(
     failed = table[table["file"] == broken]
     assert len(failed) == 1
     # The failed frame's row holds its cause and nothing of the frame after it.
-    assert failed.drop(columns=["file", "error"]).isna().all(axis=None)
+    assert failed.drop(columns=["file", "error", "warnings"]).isna().all(axis=None)
     own = table[table["file"] == good].reset_index(drop=True)
     pd.testing.assert_frame_equal(own, alone)
 
@@ -400,3 +400,47 @@ def test_measure_files_fails_a_frame_it_cannot_measure(frame_files, tmp_path, br
     assert table.loc[table["file"] == broken, "pass"].tolist() == [False]
     assert table.loc[table["file"] == good, "pass"].all()
     assert len(table) == 53
+
+
+# ---- verdicts: clipped and dim frames ----
+
+LENIENT = """[[zone]]
+name = "everywhere"
+max_height = 100
+sfr_quarter_nyquist = 0.5
+"""
+
+
+def test_measure_files_fails_a_clipped_frame_and_warns_of_it(rendered_chart, tmp_path):
+    # Over-exposed twice: the light side clips, the edges read sharper than they are.
+    raw, _ = rendered_chart
+    bright = np.minimum(raw.astype(np.uint32) * 5 // 2, 1023).astype("<u2")
+    path = tmp_path / "bright.raw"
+    bright.tofile(path)
+    limits = tmp_path / "lenient.toml"
+    limits.write_text(LENIENT)
+    with pytest.warns(UserWarning, match="clipped"):
+        table = talonvireo.measure_files(str(path), member="talonvireoSFR_raw10_HLX6C",
+                                         width=4000, height=3000, limits=str(limits))
+    assert len(table) == 52
+    assert not table["pass"].any()
+    assert (table["flags"] == "clipped").all()
+    assert (table["failed_limit"] == "clipped").all()
+    assert table["warnings"].str.contains("clipped").all()
+    with pytest.warns(UserWarning, match="accepted as asked"):
+        accepted = talonvireo.measure_files(str(path), member="talonvireoSFR_raw10_HLX6C",
+                                            width=4000, height=3000, limits=str(limits),
+                                            accept_clipped=True)
+    assert accepted["pass"].all()
+
+
+def test_a_dim_frames_warning_travels_with_its_failed_row(tmp_path):
+    # Never measured (no chart in it), yet what was found before the failure is kept.
+    path = tmp_path / "dim.raw"
+    np.full((3000, 4000), 20, dtype="<u2").tofile(path)
+    with pytest.warns(UserWarning, match="below 1/16"):
+        table = talonvireo.measure_files([str(path)], member="talonvireoSFR_raw10_HLX6C",
+                                         width=4000, height=3000)
+    assert len(table) == 1
+    assert table["error"][0].startswith("chart not located")
+    assert "below 1/16 of 10-bit full scale" in table["warnings"][0]

@@ -14,6 +14,7 @@
 
 #include "station/DatabaseClaim.h"
 #include "station/Failure.h"
+#include "station/ResultDatabase.h"
 
 namespace {
 using namespace talonvireo::station;
@@ -94,4 +95,23 @@ TEST(DatabaseClaim, AnotherProcessIsRefusedAndADeadWriterLeavesItFree) {
     std::filesystem::remove_all(std::filesystem::path(db).parent_path());
 }
 
+}  // namespace
+
+namespace {
+// The batch's record itself holds the claim: a second database writer on the same file is
+// refused while the first is open, and welcome once it has closed.
+TEST(DatabaseClaim, TheBatchDatabaseHoldsItForAsLongAsItIsOpen) {
+    const std::string db = scratchDatabase("record.sqlite");
+    {
+        ResultDatabase first(db);
+        try {
+            ResultDatabase second(db);
+            ADD_FAILURE() << "two writers opened " << db;
+        } catch (const Failure& e) {
+            EXPECT_NE(std::string(e.what()).find("one writer at a time"), std::string::npos)
+                << e.what();
+        }
+    }
+    EXPECT_NO_THROW(ResultDatabase again(db));
+}
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
 #include <functional>
 #include <string>
 
@@ -116,11 +117,11 @@ TEST(Limits, RefusesASlotTheMembersChartDoesNotHaveNamingTheLine) {
     report.member = "talonvireoSFR_raw10_HLX6C";  // 52 slots
     report.rows = {row(0, 10.0, "tangential", 0.85, 0.4)};
     const std::string refused = refusalOf([&] { gradeReport(report, limits); });
-    EXPECT_NE(refused.find("slot-beyond-chart.toml:8: [[slot]] index 60 is not a slot of "
+    EXPECT_NE(refused.find("slot-beyond-chart.toml:8: [[slot]] edge 60 is not a slot of "
                            "talonvireoSFR_raw10_HLX6C's chart (0 to 51)"),
               std::string::npos)
         << refused;
-    EXPECT_NE(refusalOf([&] { checkLimitSlots(limits, "m", 60); }).find("index 60"),
+    EXPECT_NE(refusalOf([&] { checkLimitSlots(limits, "m", 60); }).find("edge 60"),
               std::string::npos);
     // The K31R22BX chart has 68 slots: slot 60 is one of them.
     report.member = "talonvireoSFR/K31R22BX";
@@ -210,4 +211,20 @@ TEST(Grading, GradesMtf50InLinePairsPerMmAndLineWidthsPerPictureHeight) {
               std::string::npos);
 }
 
+}  // namespace
+
+namespace {
+// A slot is named `edge`, as every output names it; files that spell it `index` still read.
+TEST(Limits, ReadsASlotByEdgeAndByItsOlderSpelling) {
+    const std::string path = ::testing::TempDir() + "/older-slot.toml";
+    {
+        std::ofstream out(path);
+        out << "[[zone]]\nname = \"all\"\nmax_height = 100\n[[slot]]\nindex = 9\n"
+               "sfr_half_nyquist = 0.3\n";
+    }
+    const Limits older = readLimits(path);
+    ASSERT_EQ(older.slots.size(), 1u);
+    EXPECT_EQ(older.slots[0].index, 9);
+    EXPECT_EQ(readLimits(kLimits + "/hlx6c.toml").slots.at(0).index, 3);
+}
 }  // namespace

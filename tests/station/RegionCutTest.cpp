@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "ChartFrames.h"
-#include "station/ChartFit.h"
 #include "station/Failure.h"
 #include "station/FrameJob.h"
 #include "station/Members.h"
@@ -56,7 +55,8 @@ TEST(RegionCut, TheMembersRoadsGiveTheMembersFigures) {
     const std::vector<Member> members = allMembers();
     for (const char* name : {"talonvireoSFR_raw10_HLX6C", "talonvireoSFR/K74T16BX"}) {
         const Member& member = *findMember(members, name);
-        cv::Mat raw = talonvireo::testing::renderRawChart(member.project, 10);
+        cv::Mat raw = talonvireo::testing::renderRawChart(
+            talonvireo::testing::chartProjectNamed(member.chartName), 10);
         const FrameReport report = measureRawFrame(member, raw, SFRParam{0.0f, 80, 100});
         const RoiRoad road =
             member.road == GreyRoad::kMalvar ? RoiRoad::kMalvar : RoiRoad::kEdgeDirected;
@@ -97,22 +97,6 @@ TEST(RawFrameToGrey, RefusesWhatItCannotConvertAndWritesNothing) {
     EXPECT_EQ(rawFrameToGrey(raw.data(), 4, 4, 10, static_cast<GreyRoad>(7), grey.data()), -1);
     EXPECT_EQ(grey, std::vector<unsigned char>(16, 7));
     EXPECT_EQ(rawFrameToGrey(raw.data(), 4, 4, 10, GreyRoad::kEdgeDirected, grey.data()), 0);
-}
-
-TEST(ChartFit, ASimilarityTransformFitsExactly) {
-    const std::vector<cv::Point2d> nominal = {{0, 0}, {100, 0}, {0, 50}, {70, 80}};
-    const double a = 1.02 * std::cos(0.05), b = 1.02 * std::sin(0.05);
-    std::vector<cv::Point2d> located;
-    for (const cv::Point2d& p : nominal) {
-        located.emplace_back(a * p.x - b * p.y + 30.0, b * p.x + a * p.y - 12.0);
-    }
-    const ChartFit fit = fitChart(nominal, located);
-    EXPECT_NEAR(fit.scale, 1.02, 1e-9);
-    EXPECT_NEAR(fit.rotationDeg, 0.05 * 180.0 / M_PI, 1e-9);
-    EXPECT_NEAR(fit.shift.x, 30.0, 1e-9);
-    EXPECT_NEAR(fit.rmsResidual, 0.0, 1e-9);
-    located[3].x += 10.0;  // one point off by 10 px
-    EXPECT_GT(fitChart(nominal, located).maxResidual, 5.0);
 }
 
 TEST(ChartFit, TheRightChartFitsAndAWrongOneIsRefused) {

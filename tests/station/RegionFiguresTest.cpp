@@ -1,5 +1,5 @@
-// The command line's extra figures for whole frames: the member's own figures stay as they
-// were, the precise and raw-plane figures read the truth of the rendered chart.
+// The figures beyond a member's own, from the same pass over a whole frame: the member's own
+// figures stay as they were, the precise and raw-plane figures read the rendered chart's truth.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,7 +8,6 @@
 #include "render/RecordTruth.h"
 #include "station/FrameJob.h"
 #include "station/Members.h"
-#include "station/RegionFigures.h"
 
 namespace {
 using namespace talonvireo;
@@ -22,10 +21,10 @@ TEST(RegionFigures, LeaveTheMembersFiguresAndReadTheChartsTruth) {
         talonvireo::testing::renderRawChart(render::ChartProject::HLX6C, 10, 4000, 3000, {}, sigma);
     const SFRParam param{0.0f, 80, 100};
     const station::FrameReport plain = station::measureRawFrame(*member, raw, param);
-    station::FrameReport report = plain;
-    station::addRegionFigures(report, *member, raw, station::memberGrey(*member, raw),
-                              {true, true, true});
-    ASSERT_TRUE(report.hasMtf50);
+    station::MeasureOptions more;
+    more.precise = true;
+    more.planes = true;
+    const station::FrameReport report = station::measureRawFrame(*member, raw, param, more);
     ASSERT_TRUE(report.hasPrecise);
     ASSERT_TRUE(report.hasPlanes);
     const std::vector<render::EntryTruth> truth =
@@ -43,7 +42,7 @@ TEST(RegionFigures, LeaveTheMembersFiguresAndReadTheChartsTruth) {
         EXPECT_TRUE(std::isfinite(row.mtf50)) << i;
         // The raw planes see the optics without any demosaic: the true SFR within 0.01.
         ASSERT_EQ(row.planes.size(), 4u);
-        for (const station::CurveFigures& plane : row.planes) {
+        for (const CurveFigures& plane : row.planes) {
             ASSERT_EQ(plane.status, 0) << i << " " << plane.channel;
             EXPECT_NEAR(plane.sfrQuarterNyquist, truth[i].sfrQuarter, 0.01)
                 << i << " " << plane.channel;

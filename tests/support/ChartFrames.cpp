@@ -1,5 +1,7 @@
 #include "ChartFrames.h"
 
+#include <stdexcept>
+
 #include <opencv2/imgproc.hpp>
 
 #include "render/ChartRenderer.h"
@@ -58,6 +60,14 @@ std::vector<NamedWindow> cornerSearchWindows() {
         }
     }
     return windows;
+}
+
+render::ChartProject chartProjectNamed(const std::string& name) {
+    render::ChartProject project;
+    if (!render::parseProject(name, project)) {
+        throw std::invalid_argument("no rendered chart " + name);
+    }
+    return project;
 }
 
 }  // namespace testing

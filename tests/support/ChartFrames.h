@@ -35,6 +35,9 @@ cv::Mat renderRawChart(render::ChartProject project, int bits, int width = 4000,
                        const render::ChartTransform& placement = {}, double sigma = 0.8,
                        double readNoise = 0.0, std::uint32_t seed = 1);
 
+// The renderer's chart of a member's chart name ("HLX6C"); throws for a name it does not draw.
+render::ChartProject chartProjectNamed(const std::string& name);
+
 // Any set of squares, untransformed, on a width x height frame with the same levels.
 cv::Mat renderGreySquares(const std::vector<render::ChartSquare>& squares, int width, int height,
                           double sigma);

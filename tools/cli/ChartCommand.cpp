@@ -103,7 +103,9 @@ void declare(OptionValues& o) {
     o.option("--gain-b", "G", "gain of the blue sites (default 1)");
     o.option("--sigma", "S", "blur standard deviation in pixels, 0.3 .. 5 (default 1)");
     o.option("--dark", "D", "dark level, fraction of full scale (default 0.12)");
-    o.option("--light", "L", "light level, fraction of full scale (default 0.8)");
+    o.option("--light", "L",
+             "light level, fraction of full scale (default 0.8); above 1 the frame is "
+             "over-exposed and clips at full scale");
     o.option("--shift-x", "X", "chart shift right, pixels");
     o.option("--shift-y", "Y", "chart shift down, pixels");
     o.option("--rotation", "DEG", "chart rotation, degrees");
@@ -149,7 +151,7 @@ int run(const OptionValues& o) {
     exposure.gainGreen = o.number("--gain-g", 1.0, 0.0, 100.0);
     exposure.gainBlue = o.number("--gain-b", 1.0, 0.0, 100.0);
     exposure.dark = o.number("--dark", exposure.dark, 0.0, 1.0);
-    exposure.light = o.number("--light", exposure.light, 0.0, 1.0);
+    exposure.light = o.number("--light", exposure.light, 0.0, 50.0);
     exposure.shotNoise = o.number("--shot-noise", 0.0, 0.0, big);
     exposure.readNoise = o.number("--read-noise", 0.0, 0.0, big);
     exposure.seed = static_cast<std::uint32_t>(o.integer("--seed", 1, 0, 2147483647));

@@ -13,7 +13,7 @@
 #include "station/FrameJob.h"
 #include "station/Members.h"
 #include "station/OutputFile.h"
-#include "station/RegionFigures.h"
+#include "station/Overlay.h"
 
 namespace talonvireo {
 namespace cli {
@@ -77,7 +77,7 @@ int run(const OptionValues& o) {
     const int bits = o.integer("--bits", 10, 1, 16);
     const bool eightK = o.has("--8k");
     const std::vector<Member> members = allMembers();
-    const Member* member = memberFor(members, project, bits, eightK);
+    const Member* member = memberFor(members, projectName, bits, eightK);
     if (member == nullptr) {
         throw station::Failure(station::Cause::BadInput,
                                "no member measures " + projectName + " at " + std::to_string(bits) +
@@ -107,7 +107,8 @@ int run(const OptionValues& o) {
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
 
     FrameReport report = measureRawFrame(*member, raw, param);
-    describeField(report, memberGrey(*member, raw));
+    requireMemberSuccess(report);
+    describeField(report);
     report.hasLimit = o.has("--min-sfr");
     report.minSfr = minSfr;
     const std::vector<render::EntryTruth> truth =

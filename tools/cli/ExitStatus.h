@@ -19,6 +19,7 @@ enum ExitStatus {
     kExitFailed = 8,         // any other failure (writing an output, an internal error)
     kExitWrongChart = 9,     // located centres do not fit the member's chart design
     kExitSampleDepth = 10,   // samples exceed the member's bit depth
+    kExitMisplaced = 11,     // the chart was found, but edges off its design
     kExitInterrupted = 130,  // a batch stopped by SIGINT or SIGTERM (the shell's 128 + 2)
 };
 
@@ -44,6 +45,8 @@ inline ExitStatus exitStatusFor(station::Cause cause) {
             return kExitWrongChart;
         case station::Cause::SampleDepth:
             return kExitSampleDepth;
+        case station::Cause::Misplaced:
+            return kExitMisplaced;
     }
     return kExitFailed;
 }

@@ -59,8 +59,12 @@ void declareFrameArguments(OptionValues& o) {
              "line widths per picture height");
     o.option("--limits", "FILE.toml",
              "grade every edge against a limits file (minimums per field zone, orientation and "
-             "slot on sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50): failing edges "
-             "name the limit, and the exit status is 1");
+             "slot on sfr_quarter_nyquist, sfr_half_nyquist, sfr_custom, mtf50, and with "
+             "--pixel-pitch mtf50_lp_per_mm, mtf50_lw_per_ph): failing edges name the limit, "
+             "and the exit status is 1");
+    o.flag("--accept-clipped",
+           "an edge whose transition zone is clipped (over 5 % of its raw samples at the white "
+           "level) is warned about but not flagged, so it passes on its figures");
     o.option("--chart-fit-limit", "PX",
              "refuse a frame whose centres fit the member's chart design worse than this "
              "(rms px, default 35)");
@@ -91,6 +95,7 @@ FrameOptions frameArguments(const OptionValues& o) {
     options.layout.offset = o.integer("--offset", 0, 0, kMaxLayoutBytes);
     checkRawLayout(options.layout);
     options.chartFitLimit = o.number("--chart-fit-limit", kChartFitLimitPx, 0.0, 1e6, true);
+    options.acceptClipped = o.has("--accept-clipped");
     if (o.has("--limits")) {
         options.limits = readLimits(o.text("--limits"));
     }

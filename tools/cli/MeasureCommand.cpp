@@ -16,6 +16,7 @@
 #include "station/Limits.h"
 #include "station/Members.h"
 #include "station/OutputFile.h"
+#include "station/Overlay.h"
 #include "station/PixelPitch.h"
 #include "station/RegionCut.h"
 #include "station/RegionSide.h"
@@ -59,8 +60,10 @@ void declare(OptionValues& o) {
         "arguments (a limits file's error names its line), 3 unreadable\n"
         "file, 4 file size not W x H x 2, 5 chart not located, 6 region out of bounds,\n"
         "7 SFR calculation failed, 8 any other failure, 9 not the member's chart,\n"
-        "10 samples exceed the member's bit depth; with --partial, 5 to 8 come with the\n"
-        "region-by-region report");
+        "10 samples exceed the member's bit depth, 11 the chart is in view but edges were\n"
+        "found off its design; with --partial, 5 to 8 come with the report of every edge.\n"
+        "Graded (--limits, --min-sfr), an edge also fails for a flag: clipped, off the\n"
+        "design, SFR above 1, low contrast, noisy (see the README's thresholds)");
 }
 
 int measure(const OptionValues& o) {
@@ -75,6 +78,10 @@ int measure(const OptionValues& o) {
                                "--limits and --min-sfr exclude each other");
     }
     FrameOptions options = frameArguments(o);
+    if (options.limits) {
+        checkLimitSlots(*options.limits, member->name, member->info->slots);
+        checkLimitUnits(*options.limits, options.pixelPitchUm);
+    }
     if (o.has("--roi") && !member->forced90) {
         warnSmallRegion(options.param.roiSize, options.param.roiSize, stderr);
     }
@@ -91,8 +98,9 @@ int measure(const OptionValues& o) {
         }
     }
 
-    GradedFrame graded = gradeFrameFile(*member, o.text("FRAME"), options, stderr);
+    GradedFrame graded = gradeFrameFile(*member, o.text("FRAME"), options);
     FrameReport& report = graded.report;
+    printWarnings(stderr, report.warnings);
     const auto writeOverlay = [&] {
         writeImage(o.text("--overlay"),
                    shrinkTo(drawOverlay(greyView(graded.raw, member->bits), report, overlayWidth),
@@ -124,7 +132,8 @@ int measure(const OptionValues& o) {
         writeImage(o.text("--field-plot"), plotField(greyView(graded.raw, member->bits), report));
     }
     if (o.has("--field-curve")) {
-        writeImage(o.text("--field-curve"), plotFieldCurve(report, true));
+        writeImage(o.text("--field-curve"),
+                   plotFieldCurve(report, true, options.limits ? &*options.limits : nullptr));
     }
     const int status = report.partial()         ? exitStatusFor(report.memberCause)
                        : report.failures() == 0 ? kExitOk

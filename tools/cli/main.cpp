@@ -11,11 +11,13 @@
 
 #include "BatchCommand.h"
 #include "ChartCommand.h"
+#include "ColumnsCommand.h"
 #include "Command.h"
 #include "DemoCommand.h"
 #include "ExitStatus.h"
 #include "MeasureCommand.h"
 #include "RoiCommand.h"
+#include "station/EdgeReport.h"
 #include "station/ToolVersion.h"
 
 namespace {
@@ -37,8 +39,8 @@ int main(int argc, char** argv) {
                          std::string("talonvireo-sfr ") + talonvireo::station::kToolVersion);
     app.require_subcommand(1, 1);
     app.footer("Run 'talonvireo-sfr COMMAND --help' for a command's options.");
-    const Command commands[] = {demoCommand(), measureCommand(), batchCommand(), roiCommand(),
-                                renderCommand()};
+    const Command commands[] = {demoCommand(), measureCommand(), batchCommand(),
+                                roiCommand(),  renderCommand(),  columnsCommand()};
     std::vector<std::unique_ptr<OptionValues>> values;
     std::vector<CLI::App*> subs;
     for (const Command& command : commands) {
@@ -46,8 +48,10 @@ int main(int argc, char** argv) {
         values.push_back(std::make_unique<OptionValues>(*sub));
         command.declare(*values.back());
         subs.push_back(sub);
+        if (std::string(command.name) == "render") {
+            sub->alias("chart");  // the renderer's earlier name
+        }
     }
-    subs.back()->alias("chart");  // the renderer's earlier name
 
     if (argc < 2) {
         std::fputs(app.help().c_str(), stderr);
@@ -57,10 +61,10 @@ int main(int argc, char** argv) {
     if (first.rfind("-", 0) != 0 && first != "chart" &&
         std::none_of(std::begin(commands), std::end(commands),
                      [&](const Command& c) { return first == c.name; })) {
-        std::fprintf(
-            stderr,
-            "talonvireo-sfr: unknown command '%s' (demo, measure, batch, roi or render)\n%s",
-            first.c_str(), app.help().c_str());
+        std::fprintf(stderr,
+                     "talonvireo-sfr: unknown command '%s' (demo, measure, batch, roi, render or "
+                     "columns)\n%s",
+                     first.c_str(), app.help().c_str());
         return kExitBadArguments;
     }
     try {
@@ -84,6 +88,7 @@ int main(int argc, char** argv) {
         try {
             return commands[i].run(*values[i]);
         } catch (const talonvireo::station::Failure& e) {
+            talonvireo::station::printWarnings(stderr, e.warnings());
             std::fprintf(stderr, "talonvireo-sfr %s: %s\n", commands[i].name, e.what());
             return exitStatusFor(e.cause());
         } catch (const std::exception& e) {

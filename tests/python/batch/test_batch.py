@@ -55,7 +55,7 @@ def test_batch_records_every_frame_in_sqlite_csv_and_jsonl(tray, tmp_path):
     assert "batch: 4 frames" in done.stdout and "wrong file size" in done.stdout
     assert "yield     75.0 % (3 of 4)" in done.stdout
     con = sqlite3.connect(db)
-    assert con.execute("PRAGMA user_version").fetchone()[0] == 1
+    assert con.execute("PRAGMA user_version").fetchone()[0] == 2
     assert con.execute("PRAGMA integrity_check").fetchone()[0] == "ok"
     run = con.execute("SELECT member, finished_at, frames, measured, passed, interrupted, "
                       "limits_hash FROM runs").fetchall()
@@ -66,6 +66,11 @@ def test_batch_records_every_frame_in_sqlite_csv_and_jsonl(tray, tmp_path):
     rows = dict(con.execute("SELECT path, status FROM frames").fetchall())
     assert sorted(os.path.basename(p) for p in rows) == ["a.raw", "b.raw", "broken.raw", "c.raw"]
     assert rows[str(tray / "broken.raw")] == "wrong file size"
+    # A frame that could not be measured fails in every record, never null.
+    assert con.execute("SELECT pass FROM frames WHERE path = ?",
+                       (str(tray / "broken.raw"),)).fetchone()[0] == 0
+    assert con.execute("SELECT count(*) FROM frames WHERE pass IS NULL OR warnings IS NULL"
+                       ).fetchone()[0] == 0
     for fid, edges in con.execute("SELECT id, edges FROM frames WHERE status = 'measured'"):
         assert edges == 52
         assert con.execute("SELECT count(*) FROM edges WHERE frame_id = ?", (fid,)).fetchone()[0] == 52
@@ -75,18 +80,22 @@ def test_batch_records_every_frame_in_sqlite_csv_and_jsonl(tray, tmp_path):
     assert len(records) == 3 * 52 + 1
     broken = [r for r in records if r["status"] != "measured"]
     assert len(broken) == 1 and broken[0]["edge"] == "" and "bytes, not" in broken[0]["message"]
+    assert broken[0]["pass"] == "0" and "warnings" in broken[0]
     stored = {(p, s): q for p, s, q in con.execute(
-        "SELECT f.path, e.slot, e.sfr_quarter_nyquist FROM edges e JOIN frames f ON f.id = e.frame_id")}
+        "SELECT f.path, e.edge, e.sfr_quarter_nyquist FROM edges e JOIN frames f ON f.id = e.frame_id")}
     for r in records:
         if r["status"] == "measured":
             assert float(r["sfr_quarter_nyquist"]) == pytest.approx(
-                stored[(r["frame"], int(r["edge"]))], abs=1e-6)
+                stored[(r["file"], int(r["edge"]))], abs=1e-6)
     # JSON Lines: one document per frame.
     with open(lines) as f:
         docs = [json.loads(line) for line in f]
     assert sorted(d["status"] for d in docs) == ["measured"] * 3 + ["wrong file size"]
     assert all(len(d["edges"]) == 52 for d in docs if d["status"] == "measured")
-    assert png_size(plot) == (1000, 600)
+    assert [d["pass"] for d in docs if d["status"] != "measured"] == [False]
+    assert all(isinstance(d["warnings"], list) for d in docs)
+    # A panel per figure the limits set: SFR at Nyquist/4 and /2, MTF50.
+    assert png_size(plot) == (1000, 3 * 600)
 
 
 def test_batch_figures_are_those_of_measure(tray, tmp_path):
@@ -95,9 +104,9 @@ def test_batch_figures_are_those_of_measure(tray, tmp_path):
     one = subprocess.run([os.environ["TALONVIREO_SFR_TOOL"], "measure", str(tray / "a.raw"),
                           "--member", MEMBER, "--width", "4000", "--height", "3000", "--json"],
                          capture_output=True, text=True, check=True)
-    expected = {e["index"]: e["sfr_quarter_nyquist"] for e in json.loads(one.stdout)["edges"]}
+    expected = {e["edge"]: e["sfr_quarter_nyquist"] for e in json.loads(one.stdout)["edges"]}
     con = sqlite3.connect(db)
-    got = dict(con.execute("SELECT slot, sfr_quarter_nyquist FROM edges"))
+    got = dict(con.execute("SELECT edge, sfr_quarter_nyquist FROM edges"))
     assert got.keys() == expected.keys()
     for slot, value in expected.items():
         assert got[slot] == pytest.approx(value, abs=1e-6)
@@ -109,7 +118,7 @@ def test_two_jobs_record_the_same_figures_as_one(tray, tmp_path):
         run_batch(str(tray), db=db, jobs=jobs)
         con = sqlite3.connect(db)
         return sorted(con.execute(
-            "SELECT f.path, e.slot, e.sfr_quarter_nyquist, e.sfr_half_nyquist FROM edges e "
+            "SELECT f.path, e.edge, e.sfr_quarter_nyquist, e.sfr_half_nyquist FROM edges e "
             "JOIN frames f ON f.id = e.frame_id"))
     assert figures(1) == figures(2)
 
@@ -227,8 +236,8 @@ def test_the_csv_is_completed_when_an_interrupted_batch_is_run_again(tray, tmp_p
     run_batch(str(tray), db=db, csv=table)
     with open(table) as f:
         text = f.read()
-    assert text.count("frame,status,message,edge") == 1  # one header
-    frames = {r["frame"] for r in csv.DictReader(text.splitlines())}
+    assert text.count("file,status,message,edge") == 1  # one header
+    frames = {r["file"] for r in csv.DictReader(text.splitlines())}
     assert len(frames) == total
 
 

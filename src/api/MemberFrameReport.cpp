@@ -1,0 +1,258 @@
+// The frame report: a member's pass that goes on through every slot, with the figures read
+// off the same regions.
+#include "talonvireo/MemberFrameReport.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <exception>
+
+#include "api/ChartLocate.h"
+#include "api/GreyReduction.h"
+#include "api/MemberPass.h"
+#include "locate/ChartFit.h"
+#include "talonvireo/PixelFormat.h"
+#include "talonvireo/SfrCurve.h"
+
+namespace talonvireo {
+
+namespace {
+constexpr int kMostSlots = 68;
+
+bool knownMember(const MemberInfo& member) {
+    const MemberTable table = memberTable();
+    return &member >= table.rows && &member < table.rows + table.count;
+}
+
+// The phase of a Bayer R G mosaic cut at (dx, dy): an odd column swaps the pair within each
+// row, an odd row swaps the rows.
+int phaseAt(int dx, int dy) {
+    int phase = PixelFormat::PhaseRG;
+    if (dx % 2 != 0) {
+        phase = PixelFormat::PhaseGR;
+    }
+    if (dy % 2 != 0) {
+        phase = phase == PixelFormat::PhaseRG ? PixelFormat::PhaseGB : PixelFormat::PhaseBG;
+    }
+    return phase;
+}
+
+CurveFigures figuresOf(const SfrChannelCurve& ch, const std::string& name) {
+    CurveFigures c;
+    c.channel = name;
+    c.sfrQuarterNyquist = ch.sfrAt.at(0);
+    c.sfrHalfNyquist = ch.sfrAt.at(1);
+    if (ch.sfrAt.size() > 2) {
+        c.sfrCustom = ch.sfrAt[2];
+    }
+    c.mtf50 = ch.mtf50;
+    return c;
+}
+
+// The precise method on the grey region and, when asked, on each raw plane under it.
+void addPreciseFigures(const cv::Mat& grey, const cv::Mat& raw, const cv::Rect& cut,
+                       const SFRParam& param, const MemberFrameOptions& options, SlotReport& slot) {
+    SfrCurveOptions precise;
+    precise.method = SfrMethod::kPrecise;
+    precise.frequencies = {0.125, 0.25};
+    if (param.freqDivisor > 0.0f) {
+        precise.frequencies.push_back(0.5 / static_cast<double>(param.freqDivisor));
+    }
+    if (options.precise) {
+        const cv::Mat region = grey(cut).clone();
+        SfrCurve curve;
+        const int status = measureSfrCurve(region.data, region.cols, region.rows,
+                                           PixelFormat::Grey8, precise, curve);
+        slot.precise = status == 0 ? figuresOf(curve.channels.at(0), "grey") : CurveFigures{};
+        slot.precise.channel = "grey";
+        slot.precise.status = status;
+    }
+    if (options.rawPlanes) {
+        SfrCurveOptions perPlane = precise;
+        perPlane.perChannelRaw = true;
+        const cv::Mat mosaic = raw(cut).clone();
+        SfrCurve curve;
+        const int status =
+            measureSfrCurve(mosaic.data, mosaic.cols, mosaic.rows,
+                            PixelFormat::Bayer16 + phaseAt(cut.x, cut.y), perPlane, curve);
+        slot.planes.clear();
+        const char* names[4] = {"R", "Gr", "Gb", "B"};
+        for (int k = 0; k < 4; ++k) {
+            CurveFigures f;
+            if (status == 0 && k < static_cast<int>(curve.channels.size())) {
+                f = figuresOf(curve.channels[static_cast<std::size_t>(k)], names[k]);
+            }
+            f.channel = names[k];
+            f.status = status;
+            slot.planes.push_back(f);
+        }
+    }
+}
+
+// Every located centre proposes the design's shift that puts its own slot where it was found;
+// the largest group of centres placed within kAgreementPx by one proposal.
+int shiftConsensus(const std::vector<cv::Point2d>& nominal,
+                   const std::vector<cv::Point2d>& located) {
+    constexpr double kAgreementPx = 8.0;
+    int best = 0;
+    for (std::size_t i = 0; i < nominal.size(); ++i) {
+        const cv::Point2d shift = located[i] - nominal[i];
+        int agree = 0;
+        for (std::size_t k = 0; k < nominal.size(); ++k) {
+            const cv::Point2d miss = located[k] - nominal[k] - shift;
+            agree += std::hypot(miss.x, miss.y) <= kAgreementPx ? 1 : 0;
+        }
+        best = std::max(best, agree);
+    }
+    return best;
+}
+
+// Distances of the located centres from the chart design fitted to them.
+void fitDesign(const MemberInfo& member, int markSearchSize, MemberFrameReport& report) {
+    EdgeCentre nominal[kMostSlots];
+    const int n = chartDesign(member.chart, markSearchSize, nominal, kMostSlots);
+    std::vector<cv::Point2d> from, to;
+    std::vector<std::size_t> index;
+    for (std::size_t i = 0; i < report.slots.size() && static_cast<int>(i) < n; ++i) {
+        const EdgeCentre c = report.slots[i].centre;
+        if (std::isfinite(c.x) && std::isfinite(c.y)) {
+            from.emplace_back(nominal[i].x, nominal[i].y);
+            to.emplace_back(c.x, c.y);
+            index.push_back(i);
+        }
+    }
+    if (from.size() < 2) {
+        return;
+    }
+    report.designConsensus = shiftConsensus(from, to);
+    const locate::ChartFit fit = locate::fitChartRobustly(from, to);
+    report.fitResidual = fit.rmsResidual;
+    report.fitMaxResidual = fit.maxResidual;
+    report.fitScale = fit.scale;
+    report.fitRotationDeg = fit.rotationDeg;
+    for (std::size_t k = 0; k < index.size(); ++k) {
+        report.slots[index[k]].designDistance = fit.residuals[k];
+    }
+}
+
+SlotReport slotReport(const api::SlotPass& pass, const EdgeCentre& centre, bool located, int side) {
+    SlotReport s;
+    s.centre = centre;
+    s.x = pass.entry.x;
+    s.y = pass.entry.y;
+    s.side = side;
+    if (!located) {
+        s.state = SlotState::kNotLocated;
+        return s;
+    }
+    switch (pass.regionStatus) {
+        case 0:
+            s.state = SlotState::kMeasured;
+            break;
+        case -3:
+            s.state = SlotState::kRefused;
+            s.sfrStatus = pass.sfrStatus;
+            return s;
+        default:
+            s.state = SlotState::kOffFrame;
+            return s;
+    }
+    s.sfrQuarterNyquist = pass.entry.sfrQuarterNyquist;
+    s.sfrHalfNyquist = pass.entry.sfrHalfNyquist;
+    s.sfrCustom = pass.entry.sfrCustom;
+    s.mtf50 = pass.sfr.mtf50[0];
+    s.edgeAngle = pass.sfr.edgeAngle;
+    const sfr::EdgeQuality& q = pass.quality;
+    if (q.a != 0.0 || q.b != 0.0) {
+        double normal = std::atan2(q.b, q.a) * 180.0 / 3.141592653589793;
+        normal += normal > 90.0 ? -180.0 : normal <= -90.0 ? 180.0 : 0.0;
+        s.normalDeg = normal;
+    }
+    s.darkLevel = q.darkLevel;
+    s.lightLevel = q.lightLevel;
+    // A dark side at 0 would make the ratio infinite; half a level is as dark as 8 bits see.
+    s.contrast = q.lightLevel / std::max(q.darkLevel, 0.5);
+    s.snr = (q.lightLevel - q.darkLevel) / q.noise;
+    s.transitionSamples = pass.transitionSamples;
+    s.clippedShare = pass.transitionSamples > 0
+                         ? static_cast<double>(pass.clippedSamples) / pass.transitionSamples
+                         : SlotReport::kNaN;
+    return s;
+}
+}  // namespace
+
+int measureMemberFrame(const MemberInfo& member, const std::uint16_t* raw, int width, int height,
+                       const SFRParam& param, const MemberFrameOptions& options,
+                       MemberFrameReport& report) {
+    try {
+        if (raw == nullptr || width <= 0 || height <= 0 ||
+            static_cast<std::int64_t>(width) * height > INT32_MAX || !knownMember(member)) {
+            return -1;
+        }
+        SFRParam used = param;
+        if (member.regionRule == RegionRule::kForced90) {
+            used.roiSize = 90;
+        }
+        convert::WordDepth depth;
+        if (!api::wordDepthOf(member.bits, depth) || !api::acceptsParam(member, width, used) ||
+            options.whiteLevel < 0) {
+            return -1;
+        }
+        const cv::Mat frame(height, width, CV_16UC1, const_cast<std::uint16_t*>(raw));
+        const cv::Mat grey = api::reduceToGrey(depth, member.road, frame);
+
+        MemberFrameReport out;
+        out.width = width;
+        out.height = height;
+        out.roiSize = used.roiSize;
+        const int fullScale = (1 << member.bits) - 1;
+        out.whiteLevel = options.whiteLevel > 0 ? options.whiteLevel : fullScale;
+        double largest = 0.0;
+        cv::minMaxLoc(frame, nullptr, &largest);
+        out.largestSample = static_cast<int>(largest);
+
+        std::vector<EdgeCentre> centres(kMostSlots);
+        const int n = api::locateChart(grey, member.chart, used.markSearchSize, false,
+                                       centres.data(), kMostSlots, out.layoutStatus);
+        if (n != member.slots) {
+            return -1;
+        }
+        centres.resize(static_cast<std::size_t>(n));
+        api::QualityRequest quality{&frame, static_cast<double>(out.whiteLevel)};
+        const std::vector<api::SlotPass> passes =
+            api::measureSlots(grey, centres, member, used.roiSize, used.freqDivisor, &quality);
+        const bool located = out.layoutStatus[0] == 0 && out.layoutStatus[1] == 0;
+        out.memberStatus = located ? api::memberStatusOf(passes) : -2;
+
+        long zone = 0, clipped = 0;
+        for (int i = 0; i < n; ++i) {
+            const EdgeCentre& c = centres[static_cast<std::size_t>(i)];
+            const bool found = std::isfinite(c.x) && std::isfinite(c.y);
+            SlotReport s = slotReport(passes[static_cast<std::size_t>(i)], c, found,
+                                      member.regionSide(i, used.roiSize));
+            if (s.state == SlotState::kMeasured) {
+                zone += passes[static_cast<std::size_t>(i)].transitionSamples;
+                clipped += passes[static_cast<std::size_t>(i)].clippedSamples;
+            }
+            out.slots.push_back(std::move(s));
+        }
+        out.clippedShare =
+            zone > 0 ? static_cast<double>(clipped) / static_cast<double>(zone) : SlotReport::kNaN;
+        if (options.precise || options.rawPlanes) {
+            for (SlotReport& s : out.slots) {
+                if (s.state == SlotState::kMeasured) {
+                    const int half = s.side / 2;
+                    addPreciseFigures(grey, frame, cv::Rect(s.x - half, s.y - half, s.side, s.side),
+                                      used, options, s);
+                }
+            }
+        }
+        fitDesign(member, used.markSearchSize, out);
+        report = std::move(out);
+        return 0;
+    } catch (const std::exception&) {
+        return -1;
+    }
+}
+
+}  // namespace talonvireo

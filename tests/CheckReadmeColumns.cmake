@@ -1,0 +1,20 @@
+# The README's table of edge columns is the tool's own: `talonvireo-sfr columns` printed
+# between the README's edge-columns markers. Run with -DTOOL=... -DREADME=...
+execute_process(COMMAND ${TOOL} columns OUTPUT_VARIABLE table RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+    message(FATAL_ERROR "talonvireo-sfr columns failed (${status})")
+endif()
+file(READ ${README} readme)
+string(FIND "${readme}" "<!-- edge-columns: written by `talonvireo-sfr columns` -->\n" begin)
+string(FIND "${readme}" "<!-- /edge-columns -->" end)
+if(begin EQUAL -1 OR end EQUAL -1)
+    message(FATAL_ERROR "the README has no edge-columns markers")
+endif()
+string(LENGTH "<!-- edge-columns: written by `talonvireo-sfr columns` -->\n" marker)
+math(EXPR from "${begin} + ${marker}")
+math(EXPR length "${end} - ${from}")
+string(SUBSTRING "${readme}" ${from} ${length} shown)
+if(NOT shown STREQUAL table)
+    message(FATAL_ERROR "the README's table of edge columns differs from `talonvireo-sfr "
+                        "columns`: paste its output between the edge-columns markers")
+endif()
