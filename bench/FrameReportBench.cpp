@@ -2,7 +2,8 @@
 // frame read from a file, (a) by the member itself, (b) graded plainly, (c) graded against
 // limits on MTF50 (the classic MTF50 comes from the member's own pass), and on a frame the
 // member fails (the chart's right edge cut off), (d) the member's failing call and (e) the
-// partial report of every edge.
+// partial report of every edge. BM_FrameReport is the library's report alone, in memory, on
+// both frames: beside BM_MemberCall it is the cost of keeping everything the pass learns.
 #include <benchmark/benchmark.h>
 
 #include <unistd.h>
@@ -73,6 +74,23 @@ void BM_MemberCall(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_MemberCall)
+    ->Arg(0)
+    ->Arg(1)
+    ->ArgNames({"cut"})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+// The library's frame report of the same frame: the member's pass, kept whole.
+void BM_FrameReport(benchmark::State& state) {
+    const cv::Mat& raw = state.range(0) == 0 ? frames().whole : frames().cut;
+    const SFRParam param{0.0f, 80, 100};
+    for (auto _ : state) {
+        MemberFrameReport report;
+        benchmark::DoNotOptimize(measureMemberFrame(*hlx6c().info, raw.ptr<std::uint16_t>(),
+                                                    raw.cols, raw.rows, param, {}, report));
+    }
+}
+BENCHMARK(BM_FrameReport)
     ->Arg(0)
     ->Arg(1)
     ->ArgNames({"cut"})

@@ -87,7 +87,7 @@ struct FrameReport {
     // Share of the measured edges' transition-zone samples at or above the white level.
     double clippedShare = std::numeric_limits<double>::quiet_NaN();
     int whiteLevel = 0;     // the level clipping was counted at
-    int largestSample = 0;  // the frame's largest raw sample
+    int largestSample = 0;  // the frame's largest raw sample (0 when not read from a file)
     // What the frame's reader and the checks found worth saying: travels with the report
     // into every output.
     std::vector<std::string> warnings;

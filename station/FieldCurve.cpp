@@ -258,7 +258,7 @@ cv::Mat drawPanel(const FrameReport& report, const FigureAxis& axis, const Limit
     if (report.hasLimit) {
         const cv::Point ring(760, y + 6);
         cv::circle(img, ring, 9, kInk, 2, cv::LINE_AA);
-        plotLabel(img, "fails on this figure", ring + cv::Point(18, 5), kInk);
+        plotLabel(img, "fails here, or flagged", ring + cv::Point(18, 5), kInk);
     }
     return img;
 }

@@ -95,13 +95,14 @@ GradedFrame gradeFrameFile(const Member& member, const std::string& path,
         FrameWords words = readWords(member, path, options, warnings);
         out.raw = words.raw;
         validateParam(member, out.raw.cols, options.param);
-        checkSampleDepth(member, out.raw, warnings);
+        const int largest = checkSampleDepth(member, out.raw, warnings);
         MeasureOptions what;
         what.precise = options.precise;
         what.planes = options.planes;
         what.whiteLevel = words.whiteLevel;
         FrameReport& report = out.report;
         report = measureRawFrame(member, out.raw, options.param, what);
+        report.largestSample = largest;
         report.warnings.insert(report.warnings.begin(), warnings.begin(), warnings.end());
         warnings = report.warnings;
         report.input = path;

@@ -105,7 +105,6 @@ FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRP
     report.designConsensus = pass.designConsensus;
     report.clippedShare = pass.clippedShare;
     report.whiteLevel = pass.whiteLevel;
-    report.largestSample = pass.largestSample;
     report.hasPrecise = options.precise;
     report.hasPlanes = options.planes;
     for (std::size_t i = 0; i < pass.slots.size(); ++i) {
@@ -147,8 +146,7 @@ void requireChartFit(const FrameReport& report, double limitPx) {
     throw Failure(Cause::WrongChart, text);
 }
 
-void checkSampleDepth(const Member& member, const cv::Mat& raw,
-                      std::vector<std::string>& warnings) {
+int checkSampleDepth(const Member& member, const cv::Mat& raw, std::vector<std::string>& warnings) {
     double largest = 0.0;
     cv::minMaxLoc(raw, nullptr, &largest);
     const double fullScale = std::ldexp(1.0, member.bits) - 1.0;
@@ -163,6 +161,7 @@ void checkSampleDepth(const Member& member, const cv::Mat& raw,
                            ", is below 1/16 of " + std::to_string(member.bits) +
                            "-bit full scale: is " + member.name + " the member for this frame?");
     }
+    return static_cast<int>(largest);
 }
 
 }  // namespace station

@@ -25,7 +25,8 @@ void validateParam(const Member& member, int width, const SFRParam& param);
 
 // Refuses (Failure, sample depth) a frame whose largest sample exceeds the member's depth;
 // adds a warning to `warnings` when the largest sample is below 1/16 of that full scale.
-void checkSampleDepth(const Member& member, const cv::Mat& raw, std::vector<std::string>& warnings);
+// Returns the largest sample.
+int checkSampleDepth(const Member& member, const cv::Mat& raw, std::vector<std::string>& warnings);
 
 // What to measure beyond the member's own pass.
 struct MeasureOptions {

@@ -115,8 +115,6 @@ struct MemberFrameReport {
     int designConsensus = 0;
     /// Clipped share over every measured slot's transition zone together.
     double clippedShare = std::numeric_limits<double>::quiet_NaN();
-    /// The largest raw sample of the frame.
-    int largestSample = 0;
     std::vector<SlotReport> slots;
 };
 

@@ -207,9 +207,6 @@ int measureMemberFrame(const MemberInfo& member, const std::uint16_t* raw, int w
         out.roiSize = used.roiSize;
         const int fullScale = (1 << member.bits) - 1;
         out.whiteLevel = options.whiteLevel > 0 ? options.whiteLevel : fullScale;
-        double largest = 0.0;
-        cv::minMaxLoc(frame, nullptr, &largest);
-        out.largestSample = static_cast<int>(largest);
 
         std::vector<EdgeCentre> centres(kMostSlots);
         const int n = api::locateChart(grey, member.chart, used.markSearchSize, false,
