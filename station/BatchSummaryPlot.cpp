@@ -61,16 +61,6 @@ double percentile(const std::vector<double>& sorted, double p) {
     return sorted[lo] + (at - static_cast<double>(lo)) * (sorted[hi] - sorted[lo]);
 }
 
-void dashedLine(cv::Mat& img, cv::Point a, cv::Point b, const cv::Scalar& colour) {
-    const double length = std::hypot(b.x - a.x, b.y - a.y);
-    const int dashes = std::max(1, static_cast<int>(length / 8.0));
-    for (int i = 0; i < dashes; ++i) {
-        const double t0 = static_cast<double>(i) / dashes;
-        const double t1 = t0 + 0.5 / dashes;
-        cv::line(img, a + (b - a) * t0, a + (b - a) * t1, colour, 2);
-    }
-}
-
 // The band's minimum on the figure for an orientation (0 tangential, 1 sagittal).
 std::optional<double> minimumOf(const Band& band, const FigureAxis& axis, int orientation) {
     if (band.zone == nullptr) {
@@ -138,9 +128,9 @@ void drawSteps(cv::Mat& img, const PlotAxes& axes, const std::vector<Band>& band
             const cv::Point a = axes.toPixel(static_cast<double>(b) + 0.5 * s, level);
             const cv::Point c = axes.toPixel(static_cast<double>(b) + 0.5 * (s + 1), level);
             if (previous && previous->y != a.y) {
-                dashedLine(img, *previous, a, cv::Scalar(0, 0, 0));
+                dashedLine(img, *previous, a, cv::Scalar(0, 0, 0), 8.0, 0.5);
             }
-            dashedLine(img, a, c, cv::Scalar(0, 0, 0));
+            dashedLine(img, a, c, cv::Scalar(0, 0, 0), 8.0, 0.5);
             previous = c;
         }
     }
@@ -184,7 +174,7 @@ cv::Mat drawPanel(const std::vector<FrameReport>& reports, const Limits* limits,
             plotLabel(img, kOrientations[s], key + cv::Point(12, 5), kInk);
         }
         if (limits != nullptr) {
-            dashedLine(img, {700, 56}, {730, 56}, cv::Scalar(0, 0, 0));
+            dashedLine(img, {700, 56}, {730, 56}, cv::Scalar(0, 0, 0), 8.0, 0.5);
             plotLabel(img, "limit", {738, 61}, kInk);
         }
     } else {

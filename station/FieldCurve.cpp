@@ -35,16 +35,6 @@ void marker(cv::Mat& img, cv::Point at, const Series& se) {
     }
 }
 
-void dashedLine(cv::Mat& img, cv::Point a, cv::Point b, const cv::Scalar& colour) {
-    const double length = std::hypot(b.x - a.x, b.y - a.y);
-    const int dashes = std::max(1, static_cast<int>(length / 10.0));
-    for (int i = 0; i < dashes; ++i) {
-        const double t0 = static_cast<double>(i) / dashes;
-        const double t1 = t0 + 0.6 / dashes;
-        cv::line(img, a + (b - a) * t0, a + (b - a) * t1, colour, 2);
-    }
-}
-
 // A zone's minimum for each orientation, in the axis unit, across its span of height.
 struct ZoneStep {
     double from, to;                   // image height, %
@@ -123,7 +113,7 @@ void drawZones(cv::Mat& img, const PlotAxes& axes, const Limits& limits, const F
                       cv::Point(-4 * static_cast<int>(name.size()), -4),
                   kInk);
         if (s.to < 100.0) {
-            dashedLine(img, axes.toPixel(s.to, 0.0), axes.toPixel(s.to, top), kInk);
+            dashedLine(img, axes.toPixel(s.to, 0.0), axes.toPixel(s.to, top), kInk, 10.0, 0.6);
         }
     }
     // The minimums as steps: each zone's level across it, joined at the boundaries.
@@ -139,14 +129,14 @@ void drawZones(cv::Mat& img, const PlotAxes& axes, const Limits& limits, const F
             if (s.shared()) {
                 cv::line(img, a, b, kInk, 2);
             } else {
-                dashedLine(img, a, b, kSeries[o].colour);
+                dashedLine(img, a, b, kSeries[o].colour, 10.0, 0.6);
             }
             if (i + 1 < steps.size() && steps[i + 1].minimum[o]) {
                 const cv::Point c = axes.toPixel(s.to, clampY(*steps[i + 1].minimum[o]));
                 if (s.shared() && steps[i + 1].shared()) {
                     cv::line(img, b, c, kInk, 2);
                 } else {
-                    dashedLine(img, b, c, s.shared() ? kInk : kSeries[o].colour);
+                    dashedLine(img, b, c, s.shared() ? kInk : kSeries[o].colour, 10.0, 0.6);
                 }
             }
         }
@@ -243,7 +233,7 @@ cv::Mat drawPanel(const FrameReport& report, const FigureAxis& axis, const Limit
         if (std::any_of(steps.begin(), steps.end(), [](const ZoneStep& s) {
                 return (s.minimum[0] || s.minimum[1]) && !s.shared();
             })) {
-            dashedLine(img, {750, y}, {770, y}, kSeries[0].colour);
+            dashedLine(img, {750, y}, {770, y}, kSeries[0].colour, 10.0, 0.6);
             plotLabel(img, "per orientation", {778, y + 5}, kInk);
             y += 20;
         }

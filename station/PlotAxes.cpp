@@ -1,5 +1,6 @@
 #include "station/PlotAxes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -43,6 +44,17 @@ cv::Mat PlotAxes::canvas(const std::string& xTitle) const {
 
 void plotLabel(cv::Mat& img, const std::string& text, cv::Point at, const cv::Scalar& colour) {
     cv::putText(img, text, at, cv::FONT_HERSHEY_SIMPLEX, 0.45, colour, 1, cv::LINE_AA);
+}
+
+void dashedLine(cv::Mat& img, cv::Point a, cv::Point b, const cv::Scalar& colour, double period,
+                double duty) {
+    const double length = std::hypot(b.x - a.x, b.y - a.y);
+    const int dashes = std::max(1, static_cast<int>(length / period));
+    for (int i = 0; i < dashes; ++i) {
+        const double t0 = static_cast<double>(i) / dashes;
+        const double t1 = t0 + duty / dashes;
+        cv::line(img, a + (b - a) * t0, a + (b - a) * t1, colour, 2);
+    }
 }
 
 }  // namespace station

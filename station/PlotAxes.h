@@ -37,5 +37,9 @@ private:
 // Small anti-aliased text.
 void plotLabel(cv::Mat& img, const std::string& text, cv::Point at, const cv::Scalar& colour);
 
+// A 2 px dashed line from a to b: a dash every `period` pixels, `duty` of it drawn.
+void dashedLine(cv::Mat& img, cv::Point a, cv::Point b, const cv::Scalar& colour, double period,
+                double duty);
+
 }  // namespace station
 }  // namespace talonvireo
