@@ -39,6 +39,28 @@ TEST(FrameFile, WordsAreLittleEndian) {
     EXPECT_EQ(f.at<unsigned short>(1, 1), 1);
 }
 
+// Words after a header are read straight into the frame; a file one byte short or long is
+// still refused with its size, not read.
+TEST(FrameFile, WordsAfterAHeaderReadAsTheyLieAndAWrongSizeIsRefused) {
+    const std::string path =
+        writeBytes("words-header.raw", {9, 9, 9, 0x34, 0x12, 0xFF, 0x03, 0x00, 0x80, 1, 0});
+    RawLayout layout{2, 2, Packing::Words16, 0, 3};
+    const cv::Mat f = readRawFrame(path, layout);
+    EXPECT_EQ(f.at<unsigned short>(0, 0), 0x1234);
+    EXPECT_EQ(f.at<unsigned short>(1, 1), 1);
+    layout.offset = 2;
+    EXPECT_THROW(
+        {
+            try {
+                readRawFrame(path, layout);
+            } catch (const Failure& e) {
+                EXPECT_EQ(e.cause(), Cause::WrongFileSize);
+                throw;
+            }
+        },
+        Failure);
+}
+
 TEST(FrameFile, MipiRaw10PacksFourSamplesInFiveBytes) {
     // Samples 0x3FF, 0x001, 0x2AA, 0x155: high bytes 0xFF 0x00 0xAA 0x55, then the low bit
     // pairs 11, 01, 10, 01 from the lowest pair up: 0b01'10'01'11 = 0x67.
