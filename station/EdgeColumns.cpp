@@ -34,10 +34,6 @@ Cell planeMtf50(const FrameReport&, const EdgeRow& row) {
     return Plane < static_cast<int>(row.planes.size()) ? real(row.planes[Plane].mtf50) : Cell();
 }
 
-std::string joinFlags(const std::vector<std::string>& flags) {
-    return joinWarnings(flags);
-}
-
 const std::vector<EdgeColumn> kColumns = {
     {"edge", T::Integer, "", "record slot of the edge: the first layout's, then the second's",
      P::Always, [](const FrameReport&, const EdgeRow& r) -> Cell { return (long long)r.index; }},
@@ -85,7 +81,7 @@ const std::vector<EdgeColumn> kColumns = {
     {"flags", T::Text, "",
      "why the edge cannot be trusted (clipped; off the design; SFR above 1; low contrast; "
      "noisy), empty when none",
-     P::Always, [](const FrameReport&, const EdgeRow& r) -> Cell { return joinFlags(r.flags); }},
+     P::Always, [](const FrameReport&, const EdgeRow& r) -> Cell { return joinWarnings(r.flags); }},
     {"precise_sfr_quarter_nyquist", T::Real, "", "precise method: SFR at Nyquist/4 across the edge",
      P::Precise,
      [](const FrameReport&, const EdgeRow& r) { return real(r.precise.sfrQuarterNyquist); }},

@@ -17,7 +17,6 @@
 namespace talonvireo {
 
 namespace {
-constexpr int kMostSlots = 68;
 
 bool knownMember(const MemberInfo& member) {
     const MemberTable table = memberTable();
@@ -109,8 +108,8 @@ int shiftConsensus(const std::vector<cv::Point2d>& nominal,
 
 // Distances of the located centres from the chart design fitted to them.
 void fitDesign(const MemberInfo& member, int markSearchSize, MemberFrameReport& report) {
-    EdgeCentre nominal[kMostSlots];
-    const int n = chartDesign(member.chart, markSearchSize, nominal, kMostSlots);
+    EdgeCentre nominal[api::kMostSlots];
+    const int n = chartDesign(member.chart, markSearchSize, nominal, api::kMostSlots);
     std::vector<cv::Point2d> from, to;
     std::vector<std::size_t> index;
     for (std::size_t i = 0; i < report.slots.size() && static_cast<int>(i) < n; ++i) {
@@ -208,9 +207,9 @@ int measureMemberFrame(const MemberInfo& member, const std::uint16_t* raw, int w
         const int fullScale = (1 << member.bits) - 1;
         out.whiteLevel = options.whiteLevel > 0 ? options.whiteLevel : fullScale;
 
-        std::vector<EdgeCentre> centres(kMostSlots);
+        std::vector<EdgeCentre> centres(api::kMostSlots);
         const int n = api::locateChart(grey, member.chart, used.markSearchSize, false,
-                                       centres.data(), kMostSlots, out.layoutStatus);
+                                       centres.data(), api::kMostSlots, out.layoutStatus);
         if (n != member.slots) {
             return -1;
         }

@@ -13,7 +13,6 @@ namespace talonvireo {
 namespace api {
 
 namespace {
-constexpr int kMostSlots = 68;
 
 void measureSlot(const cv::Mat& grey, int side, float freqDivisor, const QualityRequest* quality,
                  SlotPass& slot) {

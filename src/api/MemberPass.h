@@ -16,6 +16,8 @@ namespace talonvireo {
 namespace api {
 
 inline constexpr int kPixelFormatGrey8 = 256;
+// The most record slots any member has: K31R22BX, two layouts of 34.
+inline constexpr int kMostSlots = 68;
 
 // One slot's region, as the member's region step sees it.
 struct SlotPass {
