@@ -4,6 +4,8 @@
 #pragma once
 
 #include "talonvireo/Export.h"
+#include "talonvireo/ChartDescription.h"
+#include "talonvireo/ChartRegistration.h"
 #include "talonvireo/FrameMeasurement.h"
 #include "talonvireo/MeasurementRecords.h"
 #include "talonvireo/MemberEdgeLocate.h"
