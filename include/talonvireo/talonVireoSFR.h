@@ -5,6 +5,7 @@
 
 #include "talonvireo/Export.h"
 #include "talonvireo/ChartDescription.h"
+#include "talonvireo/ChartMeasurement.h"
 #include "talonvireo/ChartRegistration.h"
 #include "talonvireo/FrameMeasurement.h"
 #include "talonvireo/MeasurementRecords.h"

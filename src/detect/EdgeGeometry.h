@@ -12,7 +12,13 @@ struct EdgeGeometry {
     // leaves the frame these are the ends of the part inside it.
     cv::Point2d from;
     cv::Point2d to;
-    cv::Point2d midpoint;   // of from .. to
+    cv::Point2d midpoint;  // the fitted curve's point halfway along the side
+    // Distance of the midpoint from the chord from .. to, px, positive out of the quad; and
+    // the curve's bend: a stretch of half-length u strays curvature u^2 px from its chord
+    // (1/px). 0 for a straight side.
+    double bow = 0.0;
+    double curvature = 0.0;
+    double rise = 0.0;      // median 10-90 % rise across the side, px
     double angleDeg = 0.0;  // orientation of the line from the x axis, 0 <= angle < 180
     double length = 0.0;    // |to - from|
     // +1: dark to light when crossing the side along its outward normal (a dark quad on a

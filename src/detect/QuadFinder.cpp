@@ -54,6 +54,7 @@ bool refineCandidate(const cv::Mat& grey, const QuadCandidate& c, Quad& quad) {
         std::clamp(static_cast<int>(shortest / 4.0), kMinHalfWidth, kMaxHalfWidth);
     const cv::Size frame = grey.size();
     std::array<EdgeLine, 4> lines;
+    std::array<SideFit, 4> fits;
     for (int i = 0; i < 4; ++i) {
         const cv::Point2d from = c.corners[i], to = c.corners[(i + 1) % 4];
         if (c.borderSide[i]) {
@@ -67,6 +68,7 @@ bool refineCandidate(const cv::Mat& grey, const QuadCandidate& c, Quad& quad) {
             return false;
         }
         lines[i] = fit.line;
+        fits[i] = fit;
     }
     const double maxShift = std::max(kMinCornerShiftPixels, kMaxCornerShift * shortest);
     for (int i = 0; i < 4; ++i) {
@@ -92,6 +94,19 @@ bool refineCandidate(const cv::Mat& grey, const QuadCandidate& c, Quad& quad) {
                          cv::norm(to - b) > 1e-9;
         quad.edges[i] = describeEdge(from, to, c.polarity, cut);
         quad.cut = quad.cut || cut;
+        if (!c.borderSide[i]) {
+            EdgeGeometry& e = quad.edges[i];
+            e.rise = fits[i].rise;
+            if (!cut) {
+                // The curve's midpoint: the chord's, moved across by the bow (the fit's own
+                // midpoint sits level with the coarse corners, not the refined ones).
+                const cv::Point2d d = (to - from) / std::max(cv::norm(to - from), 1e-12);
+                const cv::Point2d outward(d.y, -d.x);
+                e.midpoint = 0.5 * (from + to) + fits[i].bow * outward;
+                e.bow = fits[i].bow;
+                e.curvature = fits[i].curvature;
+            }
+        }
     }
     return true;
 }

@@ -144,6 +144,63 @@ bool fitRobust(const std::vector<double>& x, const std::vector<double>& y, doubl
     return fitStraight(x, y, use, a, b);
 }
 
+// y = a + b (x - xm) + c (x - xm)^2 by least squares over the marked points, with the
+// standard error of c; false for too few points or a degenerate spread.
+bool fitParabola(const std::vector<double>& x, const std::vector<double>& y,
+                 const std::vector<char>& use, double xm, double& a, double& b, double& c,
+                 double& cError) {
+    // Normal equations in u = x - xm; sums up to u^4.
+    double s[5] = {0, 0, 0, 0, 0}, t[3] = {0, 0, 0};
+    for (size_t i = 0; i < x.size(); ++i) {
+        if (!use[i]) {
+            continue;
+        }
+        const double u = x[i] - xm;
+        double p = 1.0;
+        for (int k = 0; k < 5; ++k) {
+            s[k] += p;
+            if (k < 3) {
+                t[k] += p * y[i];
+            }
+            p *= u;
+        }
+    }
+    if (s[0] < kMinProfiles + 1) {
+        return false;
+    }
+    const cv::Matx33d m(s[0], s[1], s[2], s[1], s[2], s[3], s[2], s[3], s[4]);
+    cv::Matx33d inverse;
+    if (std::abs(cv::determinant(m)) < 1e-12 * std::max(1.0, s[4] * s[2] * s[0])) {
+        return false;
+    }
+    inverse = m.inv(cv::DECOMP_SVD);
+    const cv::Vec3d coef = inverse * cv::Vec3d(t[0], t[1], t[2]);
+    a = coef[0];
+    b = coef[1];
+    c = coef[2];
+    double sum2 = 0.0;
+    for (size_t i = 0; i < x.size(); ++i) {
+        if (use[i]) {
+            const double u = x[i] - xm;
+            const double r = y[i] - (a + u * (b + u * c));
+            sum2 += r * r;
+        }
+    }
+    cError = std::sqrt(sum2 / (s[0] - 3.0) * inverse(2, 2));
+    return true;
+}
+
+// Unmarks the points farther from the parabola than kOutlierDeviations robust deviations.
+void dropParabolaOutliers(const std::vector<double>& x, const std::vector<double>& y, double xm,
+                          double a, double b, double c, double floor, std::vector<char>& use) {
+    std::vector<double> shifted(y.size());
+    for (size_t i = 0; i < x.size(); ++i) {
+        const double u = x[i] - xm;
+        shifted[i] = y[i] - u * u * c;
+    }
+    dropOutliers(x, shifted, a - b * xm, b, floor, use);
+}
+
 // Dark and light levels along the side: the start and end level of each profile, fitted by
 // straight lines in `along`. Profiles whose step is missing or of the wrong sense, or whose
 // levels stray from the fit, are unmarked.
@@ -247,8 +304,16 @@ bool risePixels(const Profiles& p, size_t j, double start, double end, double at
     return std::isfinite(rise) && rise > 0.0;
 }
 
+// A bow is kept only when it reaches this many pixels over the half side and this many of
+// its own standard errors: a straight side's fit stays a line, with its smaller scatter.
+constexpr double kMinBowPixels = 0.05;
+constexpr double kBowSignificance = 3.0;
+
 struct PassResult {
-    double a = 0.0, b = 0.0;  // across = a + b along
+    // across = a + b along + c (along - xm)^2: the tangent at xm plus the side's bow.
+    double a = 0.0, b = 0.0;
+    double c = 0.0;
+    double xm = 0.0;
     int kept = 0;
     double rms = 0.0;
     double rise = 0.0;
@@ -295,14 +360,31 @@ bool pass(const cv::Mat& grey, const SideSearch& s, Axes axes, double a, double 
             rises.push_back(rise);
         }
     }
+    out.xm = 0.5 * (axes.swap(s.from).x + axes.swap(s.to).x);
+    out.c = 0.0;
+    std::vector<char> useCurve = use;
     if (!fitRobust(x, y, kOutlierFloor, use, out.a, out.b) || (!crossing && rises.empty())) {
         return false;
+    }
+    // A side that lens distortion bows is followed by a parabola, never forced straight.
+    double ca = 0.0, cb = 0.0, cc = 0.0, ce = 0.0;
+    if (crossing && fitParabola(x, y, useCurve, out.xm, ca, cb, cc, ce)) {
+        dropParabolaOutliers(x, y, out.xm, ca, cb, cc, kOutlierFloor, useCurve);
+        const double half = 0.5 * std::abs(axes.swap(s.to).x - axes.swap(s.from).x);
+        if (fitParabola(x, y, useCurve, out.xm, ca, cb, cc, ce) &&
+            std::abs(cc) * half * half >= kMinBowPixels && std::abs(cc) >= kBowSignificance * ce) {
+            out.a = ca - cb * out.xm;
+            out.b = cb;
+            out.c = cc;
+            use = useCurve;
+        }
     }
     double sum2 = 0.0;
     out.kept = 0;
     for (size_t j = 0; j < p.count(); ++j) {
         if (use[j]) {
-            const double r = y[j] - (out.a + out.b * x[j]);
+            const double u = x[j] - out.xm;
+            const double r = y[j] - (out.a + out.b * x[j] + out.c * u * u);
             sum2 += r * r;
             ++out.kept;
         }
@@ -339,14 +421,24 @@ bool refine(const cv::Mat& grey, const SideSearch& s, SideFit& fit) {
     fit.profiles = second.kept;
     fit.rms = second.rms;
     fit.rise = first.rise;
-    const double mid = 0.5 * (p0.x + p1.x);
-    const cv::Point2d point = axes.swap({mid, second.a + second.b * mid});
+    const double mid = second.xm;
+    const double half = 0.5 * std::abs(p1.x - p0.x);
+    // For a parabola the chord between two points symmetric about xm runs parallel to the
+    // tangent at xm, c half^2 across from it: the chord is the side's line.
+    const cv::Point2d onCurve = axes.swap({mid, second.a + second.b * mid});
+    const cv::Point2d chordPoint =
+        axes.swap({mid, second.a + second.b * mid + second.c * half * half});
     cv::Point2d dir = axes.swap({1.0, second.b});
     dir /= cv::norm(dir);
     if (dir.dot(d) < 0.0) {
         dir = -dir;
     }
-    fit.line = {point, dir};
+    fit.line = {chordPoint, dir};
+    fit.midpoint = onCurve;
+    // Across offsets in along units become distances along the normal by the cosine.
+    const double cosine = 1.0 / std::sqrt(1.0 + second.b * second.b);
+    fit.bow = (onCurve - chordPoint).dot(s.outward);
+    fit.curvature = std::abs(second.c) * cosine * cosine * cosine;
     return true;
 }
 

@@ -32,10 +32,15 @@ struct SideSearch {
 };
 
 struct SideFit {
+    // The chord of the side: for a straight side its line, for a bowed one the line through
+    // the fitted curve's points level with the side's ends.
     EdgeLine line;
-    int profiles = 0;   // positions kept in the final fit
-    double rms = 0.0;   // their residual, pixels
-    double rise = 0.0;  // median 10-90 % rise along the profiles, pixels
+    cv::Point2d midpoint;    // the fitted curve's point halfway along the side
+    double bow = 0.0;        // midpoint's distance from the chord, px, positive outward
+    double curvature = 0.0;  // sagitta over a half-length u is curvature u^2 (1/px; 0 straight)
+    int profiles = 0;        // positions kept in the final fit
+    double rms = 0.0;        // their residual, pixels
+    double rise = 0.0;       // median 10-90 % rise along the profiles, pixels
 };
 
 constexpr int kMinProfiles = 6;

@@ -43,6 +43,8 @@ double riseInBins(const std::vector<double>& esf) {
     }
     return k90 > k10 && k90 < n ? static_cast<double>(k90 - k10) : 0.0;
 }
+// The two sides' mean levels and noise clear of q's transition zone.
+void readPlateaus(const cv::Mat& region, EdgeQuality& q);
 }  // namespace
 
 EdgeQuality edgeQuality(const SfrContext& ctx, const cv::Mat& region) {
@@ -66,7 +68,26 @@ EdgeQuality edgeQuality(const SfrContext& ctx, const cv::Mat& region) {
         q.c = (-p.line.intercept - slope * last) * norm;
     }
     q.transitionHalfWidth = riseInBins(p.esf) * kEsfBin * norm + 1.0;
+    readPlateaus(region, q);
+    return q;
+}
 
+EdgeQuality edgeQualityAbout(const cv::Mat& region, cv::Point2d point, cv::Point2d direction,
+                             double transitionHalfWidth) {
+    EdgeQuality q;
+    if (region.channels() != 1 || region.empty()) {
+        return q;
+    }
+    q.a = direction.y;
+    q.b = -direction.x;
+    q.c = -(q.a * point.x + q.b * point.y);
+    q.transitionHalfWidth = transitionHalfWidth;
+    readPlateaus(region, q);
+    return q;
+}
+
+namespace {
+void readPlateaus(const cv::Mat& region, EdgeQuality& q) {
     cv::Mat levels;
     region.convertTo(levels, CV_64F);
     double sum[2] = {0.0, 0.0}, sum2[2] = {0.0, 0.0};
@@ -86,7 +107,7 @@ EdgeQuality edgeQuality(const SfrContext& ctx, const cv::Mat& region) {
         }
     }
     if (count[0] < 2 || count[1] < 2) {
-        return q;
+        return;
     }
     const double mean0 = sum[0] / count[0];
     const double mean1 = sum[1] / count[1];
@@ -95,8 +116,8 @@ EdgeQuality edgeQuality(const SfrContext& ctx, const cv::Mat& region) {
     const double scatter = (sum2[0] - mean0 * sum[0]) + (sum2[1] - mean1 * sum[1]);
     q.noise = std::sqrt(std::max(0.0, scatter) / static_cast<double>(count[0] + count[1] - 2) +
                         1.0 / 12.0);
-    return q;
 }
+}  // namespace
 
 void countClipped(const cv::Mat& raw, const EdgeQuality& quality, double whiteLevel, long& zone,
                   long& clipped) {

@@ -30,6 +30,11 @@ struct EdgeQuality {
 // any depth; levels are in its units).
 EdgeQuality edgeQuality(const SfrContext& ctx, const cv::Mat& region);
 
+// The same figures about a known edge line: through `point` (region pixels) along the unit
+// `direction`, its transition zone `transitionHalfWidth` px either side.
+EdgeQuality edgeQualityAbout(const cv::Mat& region, cv::Point2d point, cv::Point2d direction,
+                             double transitionHalfWidth);
+
 // Counts the samples of `raw` (CV_16UC1, the raw words under the region, same size) inside
 // the transition zone, and those of them at or above `whiteLevel`.
 void countClipped(const cv::Mat& raw, const EdgeQuality& quality, double whiteLevel, long& zone,
