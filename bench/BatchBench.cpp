@@ -99,13 +99,14 @@ void BM_Batch(benchmark::State& state) {
         }
         station::BatchRecordFiles files(station::reportLayout(member, options),
                                         record == kCsv ? (scratch / "r.csv").string() : "", "");
-        station::runBatch(member, options, frames, jobs, {}, [&](station::FrameOutcome&& outcome) {
-            failed += outcome.passes() ? 0 : 1;
-            if (db) {
-                db->recordFrame(run, outcome);
-            }
-            files.write(outcome);
-        });
+        station::runBatch(station::memberMeasurand(member), options, frames, jobs, {},
+                          [&](station::FrameOutcome&& outcome) {
+                              failed += outcome.passes() ? 0 : 1;
+                              if (db) {
+                                  db->recordFrame(run, outcome);
+                              }
+                              files.write(outcome);
+                          });
         files.close();
     }
     if (failed != 0) {

@@ -42,6 +42,10 @@ if(TARGET talonvireo-sfr AND TALONVIREO_BUILD_TOOLS)
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/schema/
         DESTINATION ${CMAKE_INSTALL_DATADIR}/talonvireo/schema
         FILES_MATCHING PATTERN "*.schema.json")
+    # The built-in charts as description files, to read and to start a new chart from.
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/charts/
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/talonvireo/charts
+        FILES_MATCHING PATTERN "*.toml")
 endif()
 
 # A Debian package of everything installed: cpack -G DEB in the build folder.

@@ -14,11 +14,13 @@
 #include <vector>
 
 #include "render/RegionEncoding.h"
+#include "station/ChartJob.h"
 #include "station/EdgeColumns.h"
 #include "station/Failure.h"
 #include "station/FrameGrading.h"
 #include "station/FrameJob.h"
 #include "station/Limits.h"
+#include "station/Measurand.h"
 #include "station/Members.h"
 #include "station/PixelPitch.h"
 #include "station/RegionCut.h"
@@ -61,6 +63,7 @@ const char* exceptionFor(station::Cause cause) {
         case station::Cause::RegionOutOfBounds:
         case station::Cause::WrongChart:
         case station::Cause::Misplaced:
+        case station::Cause::NoQuadrilateral:
             return "ChartNotLocated";
         case station::Cause::SfrFailed:
             return "SfrCalculationFailed";
@@ -490,6 +493,134 @@ py::object measureFiles(const py::object& paths, const std::string& member, int 
     return py::module_::import("pandas").attr("DataFrame")(data).attr("astype")(whole);
 }
 
+// The edge columns of `report` as a DataFrame: whole-number columns as pandas' nullable
+// integers.
+py::object edgeFrame(const station::FrameReport& report) {
+    const std::vector<const station::EdgeColumn*> columns = station::columnsOf(report);
+    py::dict data;
+    py::dict whole;
+    for (const station::EdgeColumn* c : columns) {
+        py::list values;
+        for (const station::EdgeRow& e : report.rows) {
+            values.append(cellObject(c->value(report, e)));
+        }
+        data[py::str(c->name)] = values;
+        if (c->type == station::ColumnType::Integer) {
+            whole[c->name] = "Int64";
+        }
+    }
+    return py::module_::import("pandas").attr("DataFrame")(data).attr("astype")(whole);
+}
+
+// measure_chart's frame from a numpy array: its layout from the dtype and shape, or `format`.
+station::ChartFrame chartFrameOf(const py::object& image, std::optional<int> format,
+                                 std::optional<int> bits) {
+    if (!py::isinstance<py::array>(image)) {
+        throw py::type_error("image must be a numpy array of uint8 or uint16");
+    }
+    const py::array a = py::reinterpret_borrow<py::array>(image);
+    const bool wide = a.dtype().is(py::dtype::of<std::uint16_t>());
+    if ((!wide && !a.dtype().is(py::dtype::of<std::uint8_t>())) ||
+        !(a.ndim() == 2 || (a.ndim() == 3 && a.shape(2) == 3))) {
+        throw py::type_error(
+            "image must be a 2-D (grey or mosaic) or rows x columns x 3 (BGR) numpy array of "
+            "uint8 or uint16");
+    }
+    const std::int64_t rows = static_cast<std::int64_t>(a.shape(0));
+    const std::int64_t cols = static_cast<std::int64_t>(a.shape(1));
+    if (rows <= 0 || cols <= 0 || rows > INT32_MAX || cols > INT32_MAX || rows * cols > INT32_MAX) {
+        raise("InvalidInput", "image is " + std::to_string(rows) + " x " + std::to_string(cols) +
+                                  ": a frame holds 1 to 2147483647 pixels");
+    }
+    station::ChartFrame f;
+    f.format = format ? *format : defaultFormat(a);
+    const int layout = f.format & PixelFormat::LayoutMask;
+    const bool mosaicLayout = layout == PixelFormat::Bayer8 || layout == PixelFormat::Bayer16 ||
+                              layout == PixelFormat::Bayer16B || layout == PixelFormat::Bayer16C;
+    const int expected = a.ndim() == 3  ? (wide ? PixelFormat::Bgr16 : PixelFormat::Bgr8)
+                         : mosaicLayout ? (wide ? layout : PixelFormat::Bayer8)
+                                        : (wide ? PixelFormat::Grey16 : PixelFormat::Grey8);
+    if (layout != expected || (mosaicLayout == ((f.format & PixelFormat::PhaseMask) == 0))) {
+        raise("InvalidInput", "format " + std::to_string(f.format) + " does not fit a " +
+                                  std::string(wide ? "uint16" : "uint8") + " array of " +
+                                  std::to_string(a.ndim()) +
+                                  " dimensions (a mosaic needs a Bayer layout with its phase)");
+    }
+    if (bits && (!wide || *bits < 8 || *bits > 16)) {
+        raise("InvalidInput", "bits must be 8 to 16, for uint16 samples only");
+    }
+    f.bits = bits ? *bits : 0;
+    const auto contiguous = py::array::ensure(a, py::array::c_style);
+    const int type = a.ndim() == 3 ? (wide ? CV_16UC3 : CV_8UC3) : (wide ? CV_16UC1 : CV_8UC1);
+    // One copy into memory the frame owns, so the GIL can be released while it is measured.
+    cv::Mat(static_cast<int>(rows), static_cast<int>(cols), type,
+            const_cast<void*>(contiguous.data()))
+        .copyTo(f.image);
+    if (f.bits > 0 && f.bits < 16) {
+        double largest = 0.0;
+        cv::minMaxLoc(f.image.reshape(1), nullptr, &largest);
+        if (largest > std::ldexp(1.0, f.bits) - 1.0) {
+            raise("InvalidInput", "samples reach " + std::to_string(static_cast<long>(largest)) +
+                                      ", above " + std::to_string(f.bits) + "-bit full scale");
+        }
+    }
+    return f;
+}
+
+py::object measureChartArray(const py::object& image, const std::string& chart,
+                             std::optional<int> format, std::optional<int> bits,
+                             const std::string& method, bool perChannelRaw, double freqDivisor,
+                             std::optional<std::string> limits,
+                             std::optional<std::string> pixelPitch, bool acceptClipped) {
+    checkDivisor(freqDivisor);
+    if (method != "classic" && method != "precise") {
+        raise("InvalidInput", "method must be 'classic' or 'precise', not '" + method + "'");
+    }
+    station::ChartChoice choice;
+    station::FrameOptions options;
+    try {
+        choice = station::chooseChart(chart);
+        if (limits) {
+            options.limits = station::readLimits(*limits);
+        }
+        if (pixelPitch) {
+            options.pixelPitchUm = station::parsePixelPitch(*pixelPitch);
+        }
+    } catch (const station::Failure& e) {
+        raise(exceptionFor(e.cause()), e.what());
+    }
+    options.param.freqDivisor = static_cast<float>(freqDivisor);
+    options.chartMethod = method == "precise" ? SfrMethod::kPrecise : SfrMethod::kClassic;
+    options.planes = perChannelRaw;
+    options.acceptClipped = acceptClipped;
+    station::ChartFrame frame = chartFrameOf(image, format, bits);
+    station::GradedFrame graded;
+    std::string error;
+    station::Cause cause = station::Cause::None;
+    {
+        py::gil_scoped_release unlocked;
+        try {
+            graded = station::gradeChartFrame(choice, frame, options, "");
+        } catch (const station::Failure& e) {
+            error = e.what();
+            cause = e.cause();
+        }
+    }
+    if (cause == station::Cause::NoQuadrilateral) {
+        // Nothing to measure is an answer, not a failure: an empty table, and why.
+        py::module_::import("warnings").attr("warn")(py::str(error));
+        return edgeFrame(
+            station::reportLayout(station::chartMeasurand(choice, {}, false), options));
+    }
+    if (cause != station::Cause::None) {
+        raise(exceptionFor(cause), error);
+    }
+    for (const std::string& w : graded.report.warnings) {
+        py::module_::import("warnings").attr("warn")(py::str(w));
+    }
+    return edgeFrame(graded.report);
+}
+
 }  // namespace
 
 PYBIND11_MODULE(talonvireo, m) {
@@ -559,6 +690,25 @@ PYBIND11_MODULE(talonvireo, m) {
           "measured is one row with its error (and pass False with limits); the others go on. "
           "Raises InvalidInput for bad options or limits, naming the parameter, before any "
           "frame is read.");
+    m.def("measure_chart", &measureChartArray, py::arg("image"), py::arg("chart") = "auto",
+          py::kw_only(), py::arg("format") = py::none(), py::arg("bits") = py::none(),
+          py::arg("method") = "precise", py::arg("per_channel_raw") = false,
+          py::arg("freq_divisor") = 0.0, py::arg("limits") = py::none(),
+          py::arg("pixel_pitch") = py::none(), py::arg("accept_clipped") = false,
+          "Finds and measures every slanted edge of a chart frame and returns a pandas "
+          "DataFrame, one row per edge, with the edge columns of `talonvireo-sfr columns` for "
+          "a chart: edge (the description's slot, else a running index), state, x, y (rounded), "
+          "name, centre_x, centre_y (the region's centre: the edge's midpoint, or the slot's "
+          "point on it; full-frame pixels, integer = pixel centre), angle_deg, length_px, "
+          "bow_px, region_width, region_height, sfr_quarter_nyquist, sfr_half_nyquist "
+          "(frequencies across the edge), mtf50, contrast, snr, clipped_share, flags, field "
+          "position and as asked the custom, pitch, raw-plane figures and verdicts. chart: "
+          "'auto' (every quadrilateral found), a built-in chart's name (HLX6C, K74T16BX, "
+          "K83P09BQ, K31R22BX) or a chart description file (.toml). image: a 2-D uint8 or "
+          "uint16 array is grey, rows x columns x 3 is BGR; format= a pixel-format code of "
+          "sfr for a mosaic (e.g. 0x021, Bayer16 R G) with bits= its significant bits. A frame "
+          "with no quadrilateral gives an empty DataFrame and a warning. Raises InvalidInput, "
+          "ChartNotLocated (a description that does not register), TypeError.");
     m.def("sfr", &sfr, py::arg("region"), py::arg("format") = py::none(),
           py::arg("frequencies") = std::vector<double>{}, py::arg("normal_axis") = false,
           py::arg("method") = "classic", py::arg("per_channel_raw") = false,

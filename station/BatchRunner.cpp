@@ -17,7 +17,7 @@
 namespace talonvireo {
 namespace station {
 
-FrameOutcome measureFrameFile(const Member& member, const FrameFileEntry& file,
+FrameOutcome measureFrameFile(const Measurand& measurand, const FrameFileEntry& file,
                               const FrameOptions& options) {
     FrameOutcome outcome;
     outcome.file = file;
@@ -25,7 +25,7 @@ FrameOutcome measureFrameFile(const Member& member, const FrameFileEntry& file,
     try {
         // Warnings are not printed: they would tear the progress line; they travel with the
         // frame into its records.
-        outcome.report = gradeFrameFile(member, file.path, options).report;
+        outcome.report = gradeFrame(measurand, file.path, options).report;
     } catch (const Failure& e) {
         outcome.cause = e.cause();
         outcome.message = e.what();
@@ -42,7 +42,7 @@ FrameOutcome measureFrameFile(const Member& member, const FrameFileEntry& file,
     return outcome;
 }
 
-void runBatch(const Member& member, const FrameOptions& options,
+void runBatch(const Measurand& measurand, const FrameOptions& options,
               const std::vector<FrameFileEntry>& frames, int jobs,
               const std::function<bool()>& stopRequested,
               const std::function<void(FrameOutcome&&)>& record) {
@@ -65,7 +65,7 @@ void runBatch(const Member& member, const FrameOptions& options,
             if (k >= frames.size()) {
                 break;
             }
-            FrameOutcome outcome = measureFrameFile(member, frames[k], options);
+            FrameOutcome outcome = measureFrameFile(measurand, frames[k], options);
             std::lock_guard<std::mutex> lock(mutex);
             finished.push_back(std::move(outcome));
             ready.notify_one();

@@ -19,6 +19,13 @@ bool located(const EdgeRow& row) {
 
 using P = Presence;
 
+Cell chartReal(const EdgeRow& row, double EdgeRow::ChartEdge::*field) {
+    return row.chart ? real((*row.chart).*field) : Cell();
+}
+Cell chartText(const EdgeRow& row, std::string EdgeRow::ChartEdge::*field) {
+    return row.chart ? Cell((*row.chart).*field) : Cell();
+}
+
 template <int Plane>
 Cell planeQuarter(const FrameReport&, const EdgeRow& row) {
     return Plane < static_cast<int>(row.planes.size()) ? real(row.planes[Plane].sfrQuarterNyquist)
@@ -35,12 +42,17 @@ Cell planeMtf50(const FrameReport&, const EdgeRow& row) {
 }
 
 const std::vector<EdgeColumn> kColumns = {
-    {"edge", T::Integer, "", "record slot of the edge: the first layout's, then the second's",
+    {"edge", T::Integer, "",
+     "record slot of the edge: the first layout's, then the second's (charts: the "
+     "description's slot, or a running index over the found sides)",
      P::Always, [](const FrameReport&, const EdgeRow& r) -> Cell { return (long long)r.index; }},
     {"state", T::Text, "",
-     "measured, not located, off the frame, or refused by the SFR (with the reason)", P::Always,
-     [](const FrameReport&, const EdgeRow& r) -> Cell { return r.stateText(); }},
-    {"x", T::Integer, "px", "edge centre, column, as the member's record holds it", P::Always,
+     "measured, not located, off the frame, or refused by the SFR (with the reason); charts "
+     "also: not found, cut by the frame, too short, near an axis",
+     P::Always, [](const FrameReport&, const EdgeRow& r) -> Cell { return r.stateText(); }},
+    {"x", T::Integer, "px",
+     "edge centre, column, as the member's record holds it (charts: to the nearest pixel)",
+     P::Always,
      [](const FrameReport&, const EdgeRow& r) -> Cell {
          return located(r) ? Cell((long long)r.measured.x) : Cell();
      }},
@@ -48,8 +60,42 @@ const std::vector<EdgeColumn> kColumns = {
      [](const FrameReport&, const EdgeRow& r) -> Cell {
          return located(r) ? Cell((long long)r.measured.y) : Cell();
      }},
-    {"side", T::Integer, "px", "side of the square region cut round the centre", P::Always,
-     [](const FrameReport&, const EdgeRow& r) -> Cell { return (long long)r.side; }},
+    {"side", T::Integer, "px",
+     "side of the square region cut round the centre (charts: the longer side of its region)",
+     P::Always, [](const FrameReport&, const EdgeRow& r) -> Cell { return (long long)r.side; }},
+    {"name", T::Text, "", "charts: the description's name of the slot, or Q<quad>.<side>", P::Chart,
+     [](const FrameReport&, const EdgeRow& r) -> Cell {
+         return chartText(r, &EdgeRow::ChartEdge::name);
+     }},
+    {"centre_x", T::Real, "px",
+     "charts: the region's centre, column (the edge's midpoint; with a description the slot's "
+     "point on it)",
+     P::Chart,
+     [](const FrameReport&, const EdgeRow& r) { return chartReal(r, &EdgeRow::ChartEdge::x); }},
+    {"centre_y", T::Real, "px", "charts: the region's centre, row", P::Chart,
+     [](const FrameReport&, const EdgeRow& r) { return chartReal(r, &EdgeRow::ChartEdge::y); }},
+    {"angle_deg", T::Real, "deg", "charts: the edge's direction from the x axis, 0 to 180",
+     P::Chart,
+     [](const FrameReport&, const EdgeRow& r) {
+         return chartReal(r, &EdgeRow::ChartEdge::angleDeg);
+     }},
+    {"length_px", T::Real, "px", "charts: the found edge's length", P::Chart,
+     [](const FrameReport&, const EdgeRow& r) {
+         return chartReal(r, &EdgeRow::ChartEdge::lengthPx);
+     }},
+    {"bow_px", T::Real, "px",
+     "charts: how far lens distortion bows the edge from straight, at its middle", P::Chart,
+     [](const FrameReport&, const EdgeRow& r) { return chartReal(r, &EdgeRow::ChartEdge::bowPx); }},
+    {"region_width", T::Integer, "px", "charts: width of the region fitted to the edge", P::Chart,
+     [](const FrameReport&, const EdgeRow& r) -> Cell {
+         return r.chart && r.chart->region.width > 0 ? Cell((long long)r.chart->region.width)
+                                                     : Cell();
+     }},
+    {"region_height", T::Integer, "px", "charts: height of the region fitted to the edge", P::Chart,
+     [](const FrameReport&, const EdgeRow& r) -> Cell {
+         return r.chart && r.chart->region.height > 0 ? Cell((long long)r.chart->region.height)
+                                                      : Cell();
+     }},
     {"sfr_quarter_nyquist", T::Real, "", "SFR at Nyquist/4 (0.125 cycles per pixel)", P::Always,
      [](const FrameReport&, const EdgeRow& r) { return real(r.measured.sfrQuarterNyquist); }},
     {"sfr_half_nyquist", T::Real, "", "SFR at Nyquist/2 (0.25 cycles per pixel)", P::Always,
@@ -183,6 +229,8 @@ const char* presenceName(Presence presence) {
             return "limits";
         case P::Graded:
             return "graded";
+        case P::Chart:
+            return "chart";
     }
     return "always";
 }
@@ -209,6 +257,8 @@ bool carries(const FrameReport& r, Presence presence) {
             return !r.limitsPath.empty();
         case P::Graded:
             return r.hasLimit;
+        case P::Chart:
+            return r.isChart();
     }
     return true;
 }

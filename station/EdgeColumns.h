@@ -26,10 +26,11 @@ enum class Presence {
     Truth,          // a rendered frame, beside its truth
     Limits,         // graded against a limits file
     Graded,         // graded: a limits file or a minimum SFR
+    Chart,          // measured as a chart (--chart): found or described edges
 };
 
 // "always", "custom", "pitch", "precise", "precise+custom", "precise+pitch", "planes",
-// "truth", "limits", "graded".
+// "truth", "limits", "graded", "chart".
 const char* presenceName(Presence presence);
 
 bool carries(const FrameReport& report, Presence presence);

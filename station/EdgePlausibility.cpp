@@ -42,7 +42,7 @@ void flagImplausibleEdges(FrameReport& report, const PlausibilityOptions& option
             aboveOne(row.measured.sfrHalfNyquist, row.snr)) {
             row.flags.push_back("SFR above 1");
         }
-        if (row.contrast < kMinContrast) {
+        if (row.contrast < options.minContrast) {
             row.flags.push_back("low contrast");
         }
         if (row.snr < kMinSnr) {

@@ -50,8 +50,14 @@ inline constexpr double kMinSnr = 20.0;
 inline constexpr double kSfrNoisePerSnr = 0.9;
 inline constexpr double kSfrExcessMargin = 0.03;
 
+// A chart measured as such may be a low-contrast chart by design (2:1 is a common one, and
+// reads 1.9 to 2 with the sensor's black level), so there only an edge below this is flagged:
+// a patch or a veil reads lower still, down to the SFR's own refusal at 1.5:1.
+inline constexpr double kMinChartContrast = 1.8;
+
 struct PlausibilityOptions {
     bool acceptClipped = false;  // clipping is reported and warned, not flagged
+    double minContrast = kMinContrast;
 };
 
 // Flags every measured row of `report` and adds the frame's warnings (clipping, edges off

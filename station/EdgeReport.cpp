@@ -1,5 +1,6 @@
 #include "station/EdgeReport.h"
 
+#include "station/ChartTable.h"
 #include "station/CsvField.h"
 #include "station/EdgeColumns.h"
 #include "station/PixelPitch.h"
@@ -42,7 +43,7 @@ const char* edgeStateName(EdgeState state) {
 }
 
 std::string EdgeRow::stateText() const {
-    std::string text = edgeStateName(state);
+    std::string text = chart ? chartEdgeStateName(chart->state) : edgeStateName(state);
     if (state != EdgeState::kRefused) {
         return text;
     }
@@ -97,6 +98,10 @@ void printFigure(std::FILE* out, double v, int decimals) {
 }
 
 void printTable(std::FILE* out, const FrameReport& report) {
+    if (report.isChart()) {
+        printChartTable(out, report);
+        return;
+    }
     if (report.partial()) {
         std::fprintf(out,
                      "PARTIAL: %s failed on this frame (%s; exit status %d). The edges below "

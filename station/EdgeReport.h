@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,9 +55,28 @@ struct EdgeRow : SlotReport {
 
     // Distance (px) from the measured centre to the true one.
     double centreError() const;
-    // The region the member cuts round the edge: its top-left corner at the centre less half
-    // the side (integer halves, as the members take them).
+    // A chart's edge (measured with --chart): its name, what became of it, its found
+    // geometry and the region fitted to it; the centre is `centre` at full precision.
+    struct ChartEdge {
+        std::string name;
+        std::string zone;  // the description's zone holding it
+        ChartEdgeState state = ChartEdgeState::kNotFound;
+        cv::Rect region;
+        double x = std::numeric_limits<double>::quiet_NaN();
+        double y = std::numeric_limits<double>::quiet_NaN();
+        double angleDeg = std::numeric_limits<double>::quiet_NaN();  // from the x axis
+        double lengthPx = std::numeric_limits<double>::quiet_NaN();
+        double bowPx = std::numeric_limits<double>::quiet_NaN();
+        double registrationDistance = std::numeric_limits<double>::quiet_NaN();
+    };
+    std::optional<ChartEdge> chart;
+    // The region cut round the edge: a chart edge's fitted one, or the member's square with
+    // its top-left corner at the centre less half the side (integer halves, as the members
+    // take them).
     cv::Rect region() const {
+        if (chart) {
+            return chart->region;
+        }
         const int half = side / 2;
         return {measured.x - half, measured.y - half, side, side};
     }
@@ -67,7 +87,15 @@ struct EdgeRow : SlotReport {
 struct FrameReport {
     std::string input;  // the file measured; empty for a rendered frame
     std::string member;
-    std::string project;  // the chart the member expects
+    std::string project;  // the chart the member expects, or the chart measured with --chart
+    // Measured as a chart (--chart): "auto" or the description's name; empty for a member.
+    std::string chart;
+    bool isChart() const { return !chart.empty(); }
+    SfrMethod chartMethod = SfrMethod::kPrecise;  // the method of a chart's figures
+    // A described chart registered to the frame: matched shapes and the corner residual.
+    int registeredShapes = 0;
+    double registrationResidual = std::numeric_limits<double>::quiet_NaN();
+    double distortionK1 = std::numeric_limits<double>::quiet_NaN();
     int width = 0;
     int height = 0;
     SFRParam param{};

@@ -24,6 +24,7 @@ enum class Cause {
     WrongChart = 9,         // located centres do not fit the member's chart design
     SampleDepth = 10,       // samples exceed the member's bit depth
     Misplaced = 11,         // the chart was found, but some edges were found off its design
+    NoQuadrilateral = 12,   // a frame measured as a chart holds no quadrilateral at all
 };
 
 // What a cause means, in a few words, for summaries and records ("chart not located").
@@ -51,6 +52,8 @@ inline const char* causeName(Cause cause) {
             return "samples exceed the bit depth";
         case Cause::Misplaced:
             return "chart misplaced";
+        case Cause::NoQuadrilateral:
+            return "no quadrilateral";
     }
     return "failed";
 }

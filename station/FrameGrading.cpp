@@ -126,23 +126,17 @@ GradedFrame gradeFrameFile(const Member& member, const std::string& path,
         flagImplausibleEdges(report, plausibility);
         if (options.limits) {
             gradeReport(report, *options.limits);
-            for (EdgeRow& row : report.rows) {
-                if (row.state != EdgeState::kMeasured) {
-                    row.pass = false;
-                    row.failedLimit = row.stateText();
-                    row.failedFigure.clear();
-                } else if (!row.flags.empty()) {
-                    row.pass = false;
-                    row.failedLimit = row.flags.front();
-                    row.failedFigure.clear();
-                }
-            }
+            failUnmeasuredAndFlagged(report);
         }
         return out;
     } catch (Failure& failure) {
         failure.addWarnings(warnings);
         throw;
     }
+}
+
+cv::Mat GradedFrame::pictureGrey(int memberBits) const {
+    return grey.empty() ? greyView(raw, memberBits) : grey;
 }
 
 }  // namespace station

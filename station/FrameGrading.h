@@ -32,6 +32,8 @@ struct FrameOptions {
     bool partial = false;
     // Clipped edges are warned about but not flagged (they then pass on their figures).
     bool acceptClipped = false;
+    // The method of a chart's edges (--chart): precise unless --method says classic.
+    SfrMethod chartMethod = SfrMethod::kPrecise;
 };
 
 // Throws Failure (bad input) for options that cannot go together: raw planes without the
@@ -44,6 +46,10 @@ FrameReport reportLayout(const Member& member, const FrameOptions& options);
 
 struct GradedFrame {
     cv::Mat raw;  // the frame's words, for pictures
+    // A chart's frame as 8-bit grey, for pictures; empty for a member's (greyView of raw).
+    cv::Mat grey;
+    // The frame as pictures show it: `grey`, or the member's words demosaiced at its depth.
+    cv::Mat pictureGrey(int memberBits) const;
     FrameReport report;
 };
 

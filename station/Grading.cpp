@@ -145,5 +145,19 @@ void gradeReport(FrameReport& report, const Limits& limits) {
     warnAboutZones(report, limits);
 }
 
+void failUnmeasuredAndFlagged(FrameReport& report) {
+    for (EdgeRow& row : report.rows) {
+        if (row.state != EdgeState::kMeasured) {
+            row.pass = false;
+            row.failedLimit = row.stateText();
+            row.failedFigure.clear();
+        } else if (!row.flags.empty()) {
+            row.pass = false;
+            row.failedLimit = row.flags.front();
+            row.failedFigure.clear();
+        }
+    }
+}
+
 }  // namespace station
 }  // namespace talonvireo

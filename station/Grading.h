@@ -18,5 +18,9 @@ namespace station {
 // The rows' field positions must be filled (describeField), and MTF50 where a limit needs it.
 void gradeReport(FrameReport& report, const Limits& limits);
 
+// After gradeReport: an edge not measured fails with its state as the reason, a flagged one
+// with its first flag.
+void failUnmeasuredAndFlagged(FrameReport& report);
+
 }  // namespace station
 }  // namespace talonvireo

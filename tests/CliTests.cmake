@@ -513,3 +513,52 @@ cli_test(NAME columns.PrintsTheTableOfEdgeColumns STATUS 0
 cli_test(NAME columns.JsonListsEveryColumn STATUS 0
     JSON_CHECK "d['kind'] == 'columns' and [c['name'] for c in d['columns']][:3] == ['edge', 'state', 'x']"
     ARGS columns --json)
+
+# ---- measure --chart: any chart, found by itself or described ----
+set(chart_data ${CMAKE_CURRENT_SOURCE_DIR}/data/charts)
+cli_test(NAME measure.chart.AutoMeasuresEveryEdgeOfEveryQuadrilateral STATUS 0
+    MATCH "chart auto on 4000 x 3000: 104 of 104 edges measured.*Q0\\.0.*precise method"
+    ARGS measure h6.raw --width 4000 --height 3000 --bits 10 --chart auto)
+cli_test(NAME measure.chart.NamesEveryMemberSlotWithABuiltInChart STATUS 0
+    MATCH "chart HLX6C on 4000 x 3000: 52 of 52 edges measured.*registered: 26 shapes matched.*L1-01.*L2-26"
+    ARGS measure h6.raw --width 4000 --height 3000 --bits 10 --chart hlx6c)
+cli_test(NAME measure.chart.ReadsADescriptionFileAndWritesJson STATUS 0
+    JSON_CHECK "len(d['edges']) == 52 and d['edges'][0]['name'] == 'L1-01' and all(e['state'] == 'measured' for e in d['edges']) and 0.3 < d['edges'][0]['sfr_quarter_nyquist'] < 1"
+    ARGS measure h6.raw --width 4000 --height 3000 --bits 10
+        --chart ${PROJECT_SOURCE_DIR}/charts/HLX6C.toml --json)
+cli_test(NAME measure.chart.ReadsMipiRaw10 STATUS 0 MATCH "104 of 104 edges measured"
+    ARGS measure h6m.raw --width 4000 --height 3000 --packing mipi10 --chart auto)
+cli_test(NAME measure.chart.ReadsAnEightBitGreyImage STATUS 0 MATCH "104 of 104 edges measured"
+    ARGS measure g8.png --chart auto)
+cli_test(NAME measure.chart.ReadsADng STATUS 0 MATCH "52 of 52 edges measured"
+    ARGS measure h6d.dng --chart HLX6C)
+cli_test(NAME measure.chart.WritesCsvAndAnOverlay STATUS 0
+    MATCH "^edge,state,x,y,side,name,centre_x,centre_y,angle_deg,length_px,bow_px"
+    FILES chart-overlay.png
+    ARGS measure h6.raw --width 4000 --height 3000 --bits 10 --chart auto --csv
+        --overlay chart-overlay.png --overlay-width 800)
+cli_test(NAME measure.chart.GradesEdgesAgainstAMinimum STATUS 1 MATCH "104 of 104 edges below SFR N/4 0.990"
+    ARGS measure h6.raw --width 4000 --height 3000 --bits 10 --chart auto --min-sfr 0.99)
+cli_test(NAME measure.chart.AFrameWithoutQuadrilateralsHasAStatusOfItsOwn STATUS 12
+    MATCH "no dark-on-light or light-on-dark quadrilateral found in the frame"
+    ARGS measure blank.raw --width 1000 --height 800 --bits 10 --chart auto)
+cli_test(NAME measure.chart.AnotherChartDoesNotRegister STATUS 9
+    MATCH "frame does not look like the HLX6C chart"
+    ARGS measure q8.raw --width 4000 --height 3000 --bits 10 --chart HLX6C)
+cli_test(NAME measure.chart.AMalformedDescriptionNamesItsLineAndKey STATUS 2
+    MATCH "misspelt-key.toml:13: slot\\[0\\].alng: unknown key"
+    ARGS measure h6.raw --width 4000 --height 3000 --bits 10
+        --chart ${chart_data}/misspelt-key.toml)
+cli_test(NAME measure.chart.AnUnknownChartListsTheBuiltIns STATUS 2
+    MATCH "K74T16BX.*K83P09BQ.*HLX6C.*K31R22BX"
+    ARGS measure h6.raw --width 4000 --height 3000 --chart NOPE)
+cli_test(NAME measure.chart.ExcludesAMember STATUS 2 MATCH "--member and --chart exclude each other"
+    ARGS measure h6.raw --width 4000 --height 3000 --chart auto
+        --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME measure.chart.RefusesSamplesDeeperThanItsBits STATUS 10 MATCH "above 10-bit full scale"
+    ARGS measure h16.raw --width 4000 --height 3000 --bits 10 --chart auto)
+cli_test(NAME batch.chart.RecordsEveryEdgeOfEveryFrame STATUS 1
+    MATCH "measured  1.*errors    1.*wrong chart"
+    FILES chart.sqlite chart.csv
+    ARGS batch h6.raw q8.raw --width 4000 --height 3000 --bits 10 --chart HLX6C
+        --db chart.sqlite --csv chart.csv)

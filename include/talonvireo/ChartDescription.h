@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "talonvireo/Export.h"
+
 namespace talonvireo {
 
 /// A point on the chart, in the description's units (x right, y down as the frame sees the
@@ -76,5 +78,16 @@ struct ChartDescription {
     std::vector<ChartSlot> slots;
     std::vector<ChartZone> zones;
 };
+
+/// Whether `chart` can be measured as it stands: at least one shape or lone edge; every shape
+/// a convex quadrilateral of nonzero area with its corners clockwise (y down); lone edges of
+/// nonzero length; polarities +1 or -1; marks of positive diameter; coordinates finite; every
+/// slot naming an existing side (0 .. 3) of a shape or an existing lone edge, `along` 0 .. 1,
+/// regionSize 0 or 16 .. 2000, a defined zone if any, its slot number (0 or more) and name
+/// unique; zones named, unique, 0 <= fromField <= toField <= 1. False, with `problem` saying
+/// which item is wrong and why ("slot 'E07' (slot 3): side 4 of shape 2 does not exist: sides
+/// are 0 .. 3"), otherwise true with `problem` emptied. Description files are held to the same
+/// rules as they are read; this is for descriptions a program builds itself.
+TALONVIREO_API bool checkChartDescription(const ChartDescription& chart, std::string& problem);
 
 }  // namespace talonvireo

@@ -5,10 +5,7 @@
 #include <map>
 
 #include "api/ChartEdgeMeasurement.h"
-#if __has_include("locate/ChartRegistrationFit.h")
 #include "locate/ChartRegistrationFit.h"
-#define TEMP_HAS_REGISTRATION 1
-#endif
 
 namespace talonvireo {
 namespace api {
@@ -26,6 +23,34 @@ cv::Point2d footOn(const FoundEdge& e, cv::Point2d p) {
     const double n2 = d.dot(d);
     const double t = n2 > 0.0 ? std::clamp((p - a).dot(d) / n2, 0.0, 1.0) : 0.0;
     return a + t * d;
+}
+
+// The found side through p running along `direction`: within kSideReachPx of p and
+// kSideTurnDeg of the direction, the nearest; found.size() when there is none.
+std::size_t sideThrough(const std::vector<FoundEdge>& found, cv::Point2d p, cv::Point2d direction) {
+    constexpr double kSideReachPx = 3.0;
+    constexpr double kSideTurnDeg = 3.0;
+    const double n = cv::norm(direction);
+    std::size_t best = found.size();
+    double nearest = kSideReachPx;
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        const FoundEdge& e = found[i];
+        const cv::Point2d d(e.to.x - e.from.x, e.to.y - e.from.y);
+        const double len = cv::norm(d);
+        if (!(len > 0.0) || !(n > 0.0)) {
+            continue;
+        }
+        const double sine = std::abs(d.x * direction.y - d.y * direction.x) / (len * n);
+        if (sine > std::sin(kSideTurnDeg * CV_PI / 180.0)) {
+            continue;
+        }
+        const double distance = cv::norm(footOn(e, p) - p);
+        if (distance < nearest) {
+            nearest = distance;
+            best = i;
+        }
+    }
+    return best;
 }
 
 double fieldOf(const ChartRegistration& r, double x, double y) {
@@ -86,17 +111,6 @@ std::string zoneAt(const ChartDescription& description, double field) {
     return "";
 }
 
-#ifndef TEMP_HAS_REGISTRATION
-namespace locate {
-struct ShapeMatch {
-    int shape, quad, cornerShift;
-};
-inline bool registerChart(const ChartDescription&, const std::vector<detect::Quad>&, int, int,
-                          ChartRegistration&, std::vector<ShapeMatch>&) {
-    return false;
-}
-}  // namespace locate
-#endif
 int measureDescribedChart(const ChartImage& image, const ChartDescription& description,
                           const std::vector<detect::Quad>& quads,
                           const ChartMeasureOptions& options, ChartReport& report) {
@@ -143,21 +157,35 @@ int measureDescribedChart(const ChartImage& image, const ChartDescription& descr
         std::vector<EdgeSegment> others;
         if (slot.shape >= 0) {
             const auto m = matchOf.find(slot.shape);
-            if (m == matchOf.end()) {
+            std::size_t index = report.found.size();
+            if (m != matchOf.end()) {
+                index = 4 * static_cast<std::size_t>(m->second.quad) +
+                        static_cast<std::size_t>((slot.side + m->second.cornerShift) % 4);
+            } else {
+                // A square the frame border cuts has corners the border made, and may match
+                // no shape; its sides are still where the registration puts them.
+                const ChartShape& shape = description.shapes[static_cast<std::size_t>(slot.shape)];
+                const ChartPoint a =
+                    chartToFrame(registration, shape.corners[static_cast<std::size_t>(slot.side)]);
+                const ChartPoint b = chartToFrame(
+                    registration, shape.corners[static_cast<std::size_t>((slot.side + 1) % 4)]);
+                index =
+                    sideThrough(report.found, {predicted.x, predicted.y}, {b.x - a.x, b.y - a.y});
+            }
+            if (index >= report.found.size()) {
                 out.state = ChartEdgeState::kNotFound;
                 continue;
             }
-            const std::size_t index =
-                4 * static_cast<std::size_t>(m->second.quad) +
-                static_cast<std::size_t>((slot.side + m->second.cornerShift) % 4);
             edge = report.found[index];
             others = edgesNear(report.found, index, 2.0 * kMaxRegionHalfLength);
             out.found = true;
             out.geometry = edge;
-            if (edge.cut || (slot.regionSize == 0 && (edge.tooShort || edge.nearAxis))) {
-                out.state = edge.cut        ? ChartEdgeState::kCut
-                            : edge.tooShort ? ChartEdgeState::kTooShort
-                                            : ChartEdgeState::kNearAxis;
+            // The registration says where the slot is, so a side the frame border cuts is
+            // still measured where its region fits inside the frame; a square region of the
+            // slot's own size is measured whatever the side's length or angle, as a member
+            // measures it.
+            if (slot.regionSize == 0 && (edge.tooShort || edge.nearAxis)) {
+                out.state = edge.tooShort ? ChartEdgeState::kTooShort : ChartEdgeState::kNearAxis;
                 continue;
             }
         } else {

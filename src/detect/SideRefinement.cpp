@@ -437,7 +437,7 @@ bool refine(const cv::Mat& grey, const SideSearch& s, SideFit& fit) {
     fit.midpoint = onCurve;
     // Across offsets in along units become distances along the normal by the cosine.
     const double cosine = 1.0 / std::sqrt(1.0 + second.b * second.b);
-    fit.bow = (onCurve - chordPoint).dot(s.outward);
+    fit.bow = second.c == 0.0 ? 0.0 : (onCurve - chordPoint).dot(s.outward);
     fit.curvature = std::abs(second.c) * cosine * cosine * cosine;
     return true;
 }

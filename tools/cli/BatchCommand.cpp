@@ -58,13 +58,20 @@ void declare(OptionValues& o) {
 
 // What the run measures with, as the record keeps it; with the limits' hash it is the key a
 // later run compares to skip frames.
-Json optionsJson(const Member& member, const FrameOptions& options) {
+Json optionsJson(const Measurand& measurand, const FrameOptions& options) {
     Json j;
-    j["member"] = member.name;
+    j["member"] = measurand.name();
     j["roi_size"] = options.param.roiSize;
     j["mark_search_size"] = options.param.markSearchSize;
     j["freq_divisor"] = options.param.freqDivisor;
-    j["method"] = options.precise ? "precise" : "classic";
+    j["method"] = measurand.chart
+                      ? (options.chartMethod == SfrMethod::kPrecise ? "precise" : "classic")
+                  : options.precise ? "precise"
+                                    : "classic";
+    if (measurand.chart) {
+        j["bayer"] = measurand.samples.bayer;
+        j["bits"] = measurand.samples.bits;
+    }
     j["per_channel_raw"] = options.planes;
     j["pixel_pitch_um"] = figure(options.pixelPitchUm);
     j["chart_fit_limit_px"] = options.chartFitLimit;
@@ -78,11 +85,14 @@ Json optionsJson(const Member& member, const FrameOptions& options) {
 
 int run(const OptionValues& o) {
     const std::vector<Member> members = allMembers();
-    const Member& member = memberArgument(o, members);
+    const Measurand measurand =
+        o.has("--chart") && !o.has("--member")
+            ? chartMeasurand(chooseChart(o.text("--chart")), chartSamples(o), o.has("--bayer"))
+            : memberMeasurand(memberArgument(o, members));
     const FrameOptions options = frameArguments(o);
     if (options.limits) {
         // Before any frame: otherwise every frame of the batch would fail on them alone.
-        checkLimitSlots(*options.limits, member.name, member.info->slots);
+        checkLimitSlots(*options.limits, measurand.name(), measurand.slotCount());
         checkLimitUnits(*options.limits, options.pixelPitchUm);
     }
     const int cores = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
@@ -98,8 +108,8 @@ int run(const OptionValues& o) {
     const std::vector<FrameFileEntry> listed = listFrameFiles(o.list("FRAMES"));
 
     RunRecord runRecord;
-    runRecord.member = member.name;
-    runRecord.options = optionsJson(member, options).dump();
+    runRecord.member = measurand.name();
+    runRecord.options = optionsJson(measurand, options).dump();
     if (options.limits) {
         runRecord.limitsPath = std::filesystem::absolute(options.limits->path).string();
         runRecord.limitsHash = fileHash(options.limits->path);
@@ -134,7 +144,7 @@ int run(const OptionValues& o) {
     tally.listed = static_cast<int>(listed.size());
     tally.jobs = jobs;
     tally.graded = options.limits.has_value();
-    BatchRecordFiles files(reportLayout(member, options), o.text("--csv"), o.text("--jsonl"));
+    BatchRecordFiles files(reportLayout(measurand, options), o.text("--csv"), o.text("--jsonl"));
     const std::int64_t runId = db ? db->beginRun(runRecord) : 0;
 
     const auto start = std::chrono::steady_clock::now();
@@ -142,7 +152,7 @@ int run(const OptionValues& o) {
         const StopSignal stop;
         BatchProgress progress(static_cast<int>(frames.size()), stderr);
         runBatch(
-            member, options, frames, jobs, [&stop] { return stop.requested(); },
+            measurand, options, frames, jobs, [&stop] { return stop.requested(); },
             [&](FrameOutcome&& outcome) {
                 if (db) {
                     db->recordFrame(runId, outcome);
@@ -168,7 +178,7 @@ int run(const OptionValues& o) {
     if (plot) {
         writeImage(o.text("--summary-plot"),
                    plotBatchSummary(reports, options.limits ? &*options.limits : nullptr,
-                                    member.name, tally));
+                                    measurand.name(), tally));
     }
     if (tally.interrupted) {
         return kExitInterrupted;

@@ -15,12 +15,13 @@ enum ExitStatus {
     kExitWrongFileSize = 4,   // a raw file that is not W x H samples
     kExitNotLocated = 5,      // chart not located
     kExitRegionOutOfBounds = 6,
-    kExitSfrFailed = 7,      // SFR calculation failed
-    kExitFailed = 8,         // any other failure (writing an output, an internal error)
-    kExitWrongChart = 9,     // located centres do not fit the member's chart design
-    kExitSampleDepth = 10,   // samples exceed the member's bit depth
-    kExitMisplaced = 11,     // the chart was found, but edges off its design
-    kExitInterrupted = 130,  // a batch stopped by SIGINT or SIGTERM (the shell's 128 + 2)
+    kExitSfrFailed = 7,         // SFR calculation failed
+    kExitFailed = 8,            // any other failure (writing an output, an internal error)
+    kExitWrongChart = 9,        // located centres do not fit the member's chart design
+    kExitSampleDepth = 10,      // samples exceed the member's bit depth
+    kExitMisplaced = 11,        // the chart was found, but edges off its design
+    kExitNoQuadrilateral = 12,  // --chart: the frame holds no quadrilateral
+    kExitInterrupted = 130,     // a batch stopped by SIGINT or SIGTERM (the shell's 128 + 2)
 };
 
 inline ExitStatus exitStatusFor(station::Cause cause) {
@@ -47,6 +48,8 @@ inline ExitStatus exitStatusFor(station::Cause cause) {
             return kExitSampleDepth;
         case station::Cause::Misplaced:
             return kExitMisplaced;
+        case station::Cause::NoQuadrilateral:
+            return kExitNoQuadrilateral;
     }
     return kExitFailed;
 }

@@ -32,7 +32,18 @@ void declareFrameArguments(OptionValues& o) {
              "the library member: talonvireoSFR/K31R22BX, talonvireoSFR/K74T16BX, "
              "talonvireoSFR_raw14/K31R22BX, talonvireoSFR_raw14/K74T16BX, talonvireoSFR_raw16, "
              "talonvireoSFR_raw16_HLX5_8K, talonvireoSFR_raw{10,14,16}_HLX6C, "
-             "talonvireoSFR_raw16_HLX6C_8K, talonvireoSFR_raw{10,14,16}_RQ8 (required)");
+             "talonvireoSFR_raw16_HLX6C_8K, talonvireoSFR_raw{10,14,16}_RQ8 (this or --chart)");
+    o.option("--chart", "CHART",
+             "measure any chart instead of a member: auto (every slanted edge of every "
+             "dark-on-light or light-on-dark quadrilateral found), a built-in chart's name "
+             "(K74T16BX, K83P09BQ, HLX6C, K31R22BX) or a chart description file (.toml); the "
+             "precise method unless --method classic");
+    o.option("--bayer", "PHASE",
+             "with --chart: the mosaic of a raw file or one-channel image: RG (default for raw "
+             "files), GR, GB, BG, or none for grey samples (default for images)");
+    o.option("--bits", "INT",
+             "with --chart: significant bits of 16-bit samples (default: the packing's, 16 for "
+             "words16)");
     o.option("--width", "INT", "frame width of a raw file");
     o.option("--height", "INT", "frame height of a raw file");
     o.option("--packing", "P",
@@ -71,6 +82,9 @@ void declareFrameArguments(OptionValues& o) {
 }
 
 const Member& memberArgument(const OptionValues& o, const std::vector<Member>& members) {
+    if (o.has("--member") && o.has("--chart")) {
+        throw station::Failure(station::Cause::BadInput, "--member and --chart exclude each other");
+    }
     if (!o.has("--member")) {
         throw station::Failure(station::Cause::BadInput,
                                "--member is required; one of:" + memberNames(members));
@@ -81,6 +95,13 @@ const Member& memberArgument(const OptionValues& o, const std::vector<Member>& m
                                                              "'; one of:" + memberNames(members));
     }
     return *member;
+}
+
+ChartSamples chartSamples(const OptionValues& o) {
+    ChartSamples samples;
+    samples.bayer = o.text("--bayer", "RG");
+    samples.bits = o.integer("--bits", 0, 8, 16);
+    return samples;
 }
 
 FrameOptions frameArguments(const OptionValues& o) {
@@ -102,8 +123,17 @@ FrameOptions frameArguments(const OptionValues& o) {
     if (o.has("--pixel-pitch")) {
         options.pixelPitchUm = parsePixelPitch(o.text("--pixel-pitch"));
     }
-    options.precise = parseMethod(o.text("--method", "classic")) == SfrMethod::kPrecise;
     options.planes = o.has("--per-channel-raw");
+    if (o.has("--chart")) {
+        // A chart's figures are the method's own, precise unless asked otherwise.
+        options.chartMethod = parseMethod(o.text("--method", "precise"));
+        return options;
+    }
+    if (o.has("--bayer") || o.has("--bits")) {
+        throw station::Failure(station::Cause::BadInput,
+                               "--bayer and --bits go with --chart (a member knows its own)");
+    }
+    options.precise = parseMethod(o.text("--method", "classic")) == SfrMethod::kPrecise;
     checkFrameOptions(options);
     return options;
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "OptionValues.h"
+#include "station/ChartJob.h"
 #include "station/FrameGrading.h"
 #include "station/Members.h"
 
@@ -21,6 +22,9 @@ void declareFrameArguments(OptionValues& o);
 // missing or unknown.
 const station::Member& memberArgument(const OptionValues& o,
                                       const std::vector<station::Member>& members);
+
+// --bayer and --bits of a frame measured as a chart.
+station::ChartSamples chartSamples(const OptionValues& o);
 
 // Every frame option, checked (a limits file is read here, before any measuring). Throws
 // station::Failure (bad input) naming the option at fault.

@@ -1,5 +1,6 @@
 #include "MeasureCommand.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -14,6 +15,7 @@
 #include "station/FrameFile.h"
 #include "station/FrameGrading.h"
 #include "station/Limits.h"
+#include "station/Measurand.h"
 #include "station/Members.h"
 #include "station/OutputFile.h"
 #include "station/Overlay.h"
@@ -33,8 +35,9 @@ constexpr int kMaxSide = 100000;  // pixels; far beyond any sensor, well inside 
 void declare(OptionValues& o) {
     o.operand("FRAME",
               "raw file (.raw .bin .dat or no extension) of 16-bit little-endian words, or as "
-              "--packing, --stride and --offset say; a 16-bit PGM/PNG/TIFF; or a camera raw "
-              "file (DNG, CR2, NEF, ARW, ...) read through LibRaw");
+              "--packing, --stride and --offset say; a 16-bit PGM/PNG/TIFF (with --chart also "
+              "8-bit and colour PNG/TIFF/JPEG); or a camera raw file (DNG, CR2, NEF, ARW, ...) "
+              "read through LibRaw");
     declareFrameArguments(o);
     o.flag("--json", "output as JSON");
     o.flag("--csv", "output as CSV");
@@ -61,15 +64,28 @@ void declare(OptionValues& o) {
         "file, 4 file size not W x H x 2, 5 chart not located, 6 region out of bounds,\n"
         "7 SFR calculation failed, 8 any other failure, 9 not the member's chart,\n"
         "10 samples exceed the member's bit depth, 11 the chart is in view but edges were\n"
-        "found off its design; with --partial, 5 to 8 come with the report of every edge.\n"
+        "found off its design, 12 (--chart) no quadrilateral in the frame; with --partial,\n"
+        "5 to 8 come with the report of every edge.\n"
         "Graded (--limits, --min-sfr), an edge also fails for a flag: clipped, off the\n"
         "design, SFR above 1, low contrast, noisy (see the README's thresholds)");
 }
 
 int measure(const OptionValues& o) {
     // Every argument and output path is checked before the frame is read.
+    const bool asChart = o.has("--chart");
     const std::vector<Member> members = allMembers();
-    const Member* member = &memberArgument(o, members);
+    if (asChart && o.has("--member")) {
+        throw station::Failure(station::Cause::BadInput, "--member and --chart exclude each other");
+    }
+    if (asChart && o.has("--partial")) {
+        throw station::Failure(station::Cause::BadInput,
+                               "--partial goes with --member: a chart's report always holds "
+                               "every edge");
+    }
+    const Measurand measurand =
+        asChart ? chartMeasurand(chooseChart(o.text("--chart")), chartSamples(o), o.has("--bayer"))
+                : memberMeasurand(memberArgument(o, members));
+    const Member* member = measurand.member;
     if (o.has("--json") && o.has("--csv")) {
         throw station::Failure(station::Cause::BadInput, "--json and --csv exclude each other");
     }
@@ -79,14 +95,16 @@ int measure(const OptionValues& o) {
     }
     FrameOptions options = frameArguments(o);
     if (options.limits) {
-        checkLimitSlots(*options.limits, member->name, member->info->slots);
+        checkLimitSlots(*options.limits, measurand.name(), measurand.slotCount());
         checkLimitUnits(*options.limits, options.pixelPitchUm);
     }
-    if (o.has("--roi") && !member->forced90) {
-        warnSmallRegion(options.param.roiSize, options.param.roiSize, stderr);
+    if (!asChart) {
+        if (o.has("--roi") && !member->forced90) {
+            warnSmallRegion(options.param.roiSize, options.param.roiSize, stderr);
+        }
+        // The overlay needs the diagnosis too when the member fails.
+        options.partial = o.has("--partial") || o.has("--overlay");
     }
-    // The overlay needs the diagnosis too when the member fails.
-    options.partial = o.has("--partial") || o.has("--overlay");
     const double minSfr = o.number("--min-sfr", 0.0, 0.0, 2.0);
     const int overlayWidth = o.integer("--overlay-width", 0, 1, kMaxSide);
     if (o.has("--overlay")) {
@@ -98,13 +116,13 @@ int measure(const OptionValues& o) {
         }
     }
 
-    GradedFrame graded = gradeFrameFile(*member, o.text("FRAME"), options);
+    GradedFrame graded = gradeFrame(measurand, o.text("FRAME"), options);
     FrameReport& report = graded.report;
     printWarnings(stderr, report.warnings);
+    const cv::Mat grey = graded.pictureGrey(asChart ? 8 : member->bits);
     const auto writeOverlay = [&] {
         writeImage(o.text("--overlay"),
-                   shrinkTo(drawOverlay(greyView(graded.raw, member->bits), report, overlayWidth),
-                            overlayWidth));
+                   shrinkTo(drawOverlay(grey, report, overlayWidth), overlayWidth));
     };
     if (report.partial() && !o.has("--partial")) {
         writeOverlay();
@@ -129,7 +147,7 @@ int measure(const OptionValues& o) {
         writeOverlay();
     }
     if (o.has("--field-plot")) {
-        writeImage(o.text("--field-plot"), plotField(greyView(graded.raw, member->bits), report));
+        writeImage(o.text("--field-plot"), plotField(grey, report));
     }
     if (o.has("--field-curve")) {
         writeImage(o.text("--field-curve"),
