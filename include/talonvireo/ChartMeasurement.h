@@ -40,7 +40,10 @@ struct FoundEdge {
     double straightLength = kNaN;
     /// Median 10-90 % rise across the side, px.
     double rise = kNaN;
-    bool cut = false;       ///< the frame border cuts the side
+    bool cut = false;  ///< the frame border cuts the side
+    /// The side is the frame border itself, where the quadrilateral runs out of the frame:
+    /// no edge of the chart, never reported as one.
+    bool frameBorder = false;
     bool tooShort = false;  ///< shorter than the shortest edge measured (40 px)
     bool nearAxis = false;  ///< within 1 degree of 0, 45 or 90 degrees
 };
@@ -120,8 +123,11 @@ struct ChartReport {
     int height = 0;
     std::string chart;  ///< the description's name, or "auto"
     std::vector<FoundQuad> quads;
-    std::vector<FoundEdge> found;  ///< every side of every found quad, quad by quad
-    /// One per description slot in slot order; without a description one per found side.
+    /// Every side of every found quad, four per quad in its order (frame-border sides
+    /// included, flagged).
+    std::vector<FoundEdge> found;
+    /// One per description slot in slot order; without a description one per found side
+    /// that is an edge of the chart (not the frame border).
     std::vector<ChartEdgeReport> edges;
     ChartRegistration registration;  ///< with a description
     double clippedShare = std::numeric_limits<double>::quiet_NaN();

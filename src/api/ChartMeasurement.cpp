@@ -38,6 +38,7 @@ FoundEdge foundEdgeOf(const detect::EdgeGeometry& g, int quad, int side) {
                            : g.length;
     e.rise = g.rise > 0.0 ? g.rise : FoundEdge::kNaN;
     e.cut = g.cut;
+    e.frameBorder = g.frameBorder;
     e.tooShort = g.tooShort;
     e.nearAxis = g.nearAxis;
     return e;
@@ -62,11 +63,18 @@ void describeQuads(const std::vector<detect::Quad>& quads, std::vector<FoundQuad
 // Every found side, measured on its own region unless flagged.
 void measureEverySide(const api::ChartImage& image, const ChartMeasureOptions& options,
                       ChartReport& report) {
-    const int count = static_cast<int>(report.found.size());
-    report.edges.assign(report.found.size(), ChartEdgeReport{});
+    std::vector<std::size_t> sides;
+    for (std::size_t i = 0; i < report.found.size(); ++i) {
+        if (!report.found[i].frameBorder) {
+            sides.push_back(i);
+        }
+    }
+    const int count = static_cast<int>(sides.size());
+    report.edges.assign(sides.size(), ChartEdgeReport{});
 #pragma omp parallel for schedule(dynamic)
     for (int k = 0; k < count; ++k) {
-        const FoundEdge& e = report.found[static_cast<std::size_t>(k)];
+        const std::size_t index = sides[static_cast<std::size_t>(k)];
+        const FoundEdge& e = report.found[index];
         ChartEdgeReport& out = report.edges[static_cast<std::size_t>(k)];
         out.edge = k;
         out.name = "Q" + std::to_string(e.quad) + "." + std::to_string(e.side);
@@ -80,8 +88,8 @@ void measureEverySide(const api::ChartImage& image, const ChartMeasureOptions& o
                                      : ChartEdgeState::kNearAxis;
             continue;
         }
-        const std::vector<api::EdgeSegment> others = api::edgesNear(
-            report.found, static_cast<std::size_t>(k), 2.0 * api::kMaxRegionHalfLength);
+        const std::vector<api::EdgeSegment> others =
+            api::edgesNear(report.found, index, 2.0 * api::kMaxRegionHalfLength);
         api::measureChartEdge(image, {e, {e.midpoint.x, e.midpoint.y}, 0}, others, options, out);
     }
 }

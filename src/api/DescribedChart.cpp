@@ -35,6 +35,9 @@ std::size_t sideThrough(const std::vector<FoundEdge>& found, cv::Point2d p, cv::
     double nearest = kSideReachPx;
     for (std::size_t i = 0; i < found.size(); ++i) {
         const FoundEdge& e = found[i];
+        if (e.frameBorder) {
+            continue;
+        }
         const cv::Point2d d(e.to.x - e.from.x, e.to.y - e.from.y);
         const double len = cv::norm(d);
         if (!(len > 0.0) || !(n > 0.0)) {
@@ -172,7 +175,8 @@ int measureDescribedChart(const ChartImage& image, const ChartDescription& descr
                 index =
                     sideThrough(report.found, {predicted.x, predicted.y}, {b.x - a.x, b.y - a.y});
             }
-            if (index >= report.found.size()) {
+            // A side the frame border stands in for is out of the frame.
+            if (index >= report.found.size() || report.found[index].frameBorder) {
                 out.state = ChartEdgeState::kNotFound;
                 continue;
             }

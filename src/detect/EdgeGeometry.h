@@ -24,7 +24,9 @@ struct EdgeGeometry {
     // +1: dark to light when crossing the side along its outward normal (a dark quad on a
     // light ground); -1 the other way.
     int polarity = 0;
-    bool cut = false;       // the side is not wholly inside the frame
+    bool cut = false;  // the side is not wholly inside the frame
+    // The side is the frame border itself: the quad runs out of the frame there.
+    bool frameBorder = false;
     bool tooShort = false;  // shorter than kMinEdgeLength (EdgeFlags.h)
     bool nearAxis = false;  // within kAxisToleranceDeg of 0, 45 or 90 degrees
 };

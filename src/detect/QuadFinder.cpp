@@ -93,6 +93,7 @@ bool refineCandidate(const cv::Mat& grey, const QuadCandidate& c, Quad& quad) {
                          c.borderSide[(i + 1) % 4] || cv::norm(from - a) > 1e-9 ||
                          cv::norm(to - b) > 1e-9;
         quad.edges[i] = describeEdge(from, to, c.polarity, cut);
+        quad.edges[i].frameBorder = c.borderSide[i];
         quad.cut = quad.cut || cut;
         if (!c.borderSide[i]) {
             EdgeGeometry& e = quad.edges[i];
