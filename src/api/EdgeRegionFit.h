@@ -28,7 +28,7 @@ enum class RegionFit { kFitted, kTooShort, kOffFrame };
 // centre: enough lines for the slanted-edge supersampling at any angle the finder measures,
 // and no more than the figures need.
 constexpr int kMinRegionHalfLength = 10;
-constexpr int kMaxRegionHalfLength = 40;
+constexpr int kMaxRegionHalfLength = 32;
 
 // Fits the region; `others` are every other edge near it (the quad's own other sides
 // included). kTooShort when no stretch of kMinRegionHalfLength keeps clear of them;
