@@ -24,6 +24,7 @@ PRESENCE = {
     "planes": {"required": ["method"], "properties": {"method": {"const": "precise, per channel raw"}}},
     "limits": {"required": ["limits"]},
     "graded": {"required": ["failures"]},
+    "chart": {"required": ["chart_method"]},
 }
 
 VALUE = {

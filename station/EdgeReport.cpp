@@ -310,8 +310,17 @@ Json edgeJson(const FrameReport& report, const EdgeRow& row) {
 
 Json frameJson(const FrameReport& report) {
     Json doc = documentHead("frame", report.input);
-    doc["member"] = report.member;
-    doc["chart"] = report.project;
+    // A chart measured as such names no member; its chart is "auto" or the description's.
+    doc["member"] = report.isChart() ? Json() : Json(report.member);
+    doc["chart"] = report.isChart() ? report.chart : report.project;
+    if (report.isChart()) {
+        doc["chart_method"] = report.chartMethod == SfrMethod::kClassic ? "classic" : "precise";
+        if (report.registeredShapes > 0) {
+            doc["registration"] = {{"matched_shapes", report.registeredShapes},
+                                   {"residual_px", figure(report.registrationResidual)},
+                                   {"k1", figure(report.distortionK1)}};
+        }
+    }
     doc["width"] = report.width;
     doc["height"] = report.height;
     doc["roi_size"] = report.param.roiSize;
@@ -331,7 +340,7 @@ Json frameJson(const FrameReport& report) {
                           {"verdict", "not the member's: edges measured region by region"},
                           {"summary", partialSummary(report)}};
     }
-    if (report.hasPrecise) {
+    if (report.hasPrecise || (report.isChart() && report.hasPlanes)) {
         doc["method"] = report.hasPlanes ? "precise, per channel raw" : "precise";
     }
     if (!report.limitsPath.empty()) {

@@ -41,6 +41,24 @@ def main():
         if shown.group(0) not in demo.stdout:
             sys.exit(f"the README's summary is not what the demo prints:\n{shown.group(0)}\n"
                      f"{demo.stdout[-600:]}")
+        # Any chart: the lab chart's description from the repository, then its commands; the
+        # lab chart's measure grades three flagged edges: exit status 1 is its.
+        charts = os.path.join(work, "docs", "charts")
+        os.makedirs(charts)
+        lab = os.path.join(os.path.dirname(os.path.abspath(readme_path)), "docs", "charts",
+                           "lab-5x9.toml")
+        with open(lab) as source, open(os.path.join(charts, "lab-5x9.toml"), "w") as copy:
+            copy.write(source.read())
+        chart = command_block(readme, "## Any chart")
+        names = [c[1] for c in chart]
+        assert names == ["render", "measure", "measure", "measure", "batch"], names
+        for argv in chart:
+            run = subprocess.run([tool] + argv[1:], cwd=work, capture_output=True, text=True)
+            expected = 1 if "--min-sfr" in argv else 0
+            if run.returncode != expected:
+                sys.exit(f"README chart example gave {run.returncode}, not {expected}: "
+                         f"{' '.join(argv)}\n{run.stdout}{run.stderr}")
+            print(f"ok: {' '.join(argv)}")
         # Grading a tray: its commands, with the limits file the README shows.
         section = readme.split("## Grading a tray", 1)[1]
         limits = section.split("```toml", 1)[1].split("```", 1)[0]

@@ -3,10 +3,10 @@
 // Umbrella header: declares the library's whole exported surface.
 #pragma once
 
-#include "talonvireo/Export.h"
 #include "talonvireo/ChartDescription.h"
 #include "talonvireo/ChartMeasurement.h"
 #include "talonvireo/ChartRegistration.h"
+#include "talonvireo/Export.h"
 #include "talonvireo/FrameMeasurement.h"
 #include "talonvireo/MeasurementRecords.h"
 #include "talonvireo/MemberEdgeLocate.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "api/RegionFigures.h"
 #include "sfr/EdgeQuality.h"
 #include "sfr/IlluminationFlattening.h"
 #include "talonvireo/PixelFormat.h"
@@ -14,42 +15,6 @@ namespace {
 
 namespace pf = PixelFormat;
 
-// The phase of a mosaic cut at (dx, dy) from one of phase `phase`: an odd column swaps the
-// two samples of each row, an odd row swaps the rows.
-int shiftedPhase(int phase, int dx, int dy) {
-    // Positions of R in the 2 x 2 cell: RG (0,0), GR (1,0), GB (0,1), BG (1,1).
-    int rx = 0, ry = 0;
-    switch (phase) {
-        case pf::PhaseGR:
-            rx = 1;
-            break;
-        case pf::PhaseGB:
-            ry = 1;
-            break;
-        case pf::PhaseBG:
-            rx = 1;
-            ry = 1;
-            break;
-        default:
-            break;
-    }
-    rx = (rx + dx) & 1;
-    ry = (ry + dy) & 1;
-    return ry == 0 ? (rx == 0 ? pf::PhaseRG : pf::PhaseGR) : (rx == 0 ? pf::PhaseGB : pf::PhaseBG);
-}
-
-CurveFigures figuresOf(const SfrChannelCurve& ch, const std::string& name) {
-    CurveFigures c;
-    c.channel = name;
-    c.sfrQuarterNyquist = ch.sfrAt.at(0);
-    c.sfrHalfNyquist = ch.sfrAt.at(1);
-    if (ch.sfrAt.size() > 2) {
-        c.sfrCustom = ch.sfrAt[2];
-    }
-    c.mtf50 = ch.mtf50;
-    return c;
-}
-
 SfrCurveOptions curveOptions(const ChartMeasureOptions& options) {
     SfrCurveOptions o;
     o.method = options.method;
@@ -59,30 +24,6 @@ SfrCurveOptions curveOptions(const ChartMeasureOptions& options) {
         o.frequencies.push_back(0.5 / options.nyquistDivisor);
     }
     return o;
-}
-
-void measurePlanes(const ChartImage& image, const cv::Rect& cut, const ChartMeasureOptions& options,
-                   ChartEdgeReport& out) {
-    SfrCurveOptions o = curveOptions(options);
-    o.method = SfrMethod::kPrecise;
-    o.perChannelRaw = true;
-    const cv::Mat mosaic = image.mosaic(cut).clone();
-    const int layout = image.mosaicFormat & pf::LayoutMask;
-    const int phase = shiftedPhase(image.mosaicFormat & pf::PhaseMask, cut.x, cut.y);
-    SfrCurve curve;
-    const int status =
-        measureSfrCurve(mosaic.data, mosaic.cols, mosaic.rows, layout + phase, o, curve);
-    const char* names[4] = {"R", "Gr", "Gb", "B"};
-    out.planes.clear();
-    for (int k = 0; k < 4; ++k) {
-        CurveFigures f;
-        if (status == 0 && k < static_cast<int>(curve.channels.size())) {
-            f = figuresOf(curve.channels[static_cast<std::size_t>(k)], names[k]);
-        }
-        f.channel = names[k];
-        f.status = status;
-        out.planes.push_back(f);
-    }
 }
 
 }  // namespace
@@ -154,7 +95,7 @@ void measureChartEdge(const ChartImage& image, const EdgeMeasurementRequest& req
         return;
     }
     out.state = ChartEdgeState::kMeasured;
-    out.figures = figuresOf(curve.channels.at(0), "grey");
+    out.figures = curveFigures(curve.channels.at(0), "grey");
     out.figures.status = 0;
     out.edgeAngle = curve.channels.at(0).edgeAngle;
 
@@ -171,7 +112,9 @@ void measureChartEdge(const ChartImage& image, const EdgeMeasurementRequest& req
     out.transitionSamples = zone;
     out.clippedShare = zone > 0 ? static_cast<double>(clipped) / zone : ChartEdgeReport::kNaN;
     if (options.rawPlanes && !image.mosaic.empty()) {
-        measurePlanes(image, cut, options, out);
+        out.planes =
+            rawPlaneFigures(image.mosaic, image.mosaicFormat & pf::LayoutMask,
+                            image.mosaicFormat & pf::PhaseMask, cut, curveOptions(options));
     }
 }
 

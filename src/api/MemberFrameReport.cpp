@@ -10,6 +10,7 @@
 #include "api/ChartLocate.h"
 #include "api/GreyReduction.h"
 #include "api/MemberPass.h"
+#include "api/RegionFigures.h"
 #include "locate/ChartFit.h"
 #include "talonvireo/PixelFormat.h"
 #include "talonvireo/SfrCurve.h"
@@ -21,31 +22,6 @@ namespace {
 bool knownMember(const MemberInfo& member) {
     const MemberTable table = memberTable();
     return &member >= table.rows && &member < table.rows + table.count;
-}
-
-// The phase of a Bayer R G mosaic cut at (dx, dy): an odd column swaps the pair within each
-// row, an odd row swaps the rows.
-int phaseAt(int dx, int dy) {
-    int phase = PixelFormat::PhaseRG;
-    if (dx % 2 != 0) {
-        phase = PixelFormat::PhaseGR;
-    }
-    if (dy % 2 != 0) {
-        phase = phase == PixelFormat::PhaseRG ? PixelFormat::PhaseGB : PixelFormat::PhaseBG;
-    }
-    return phase;
-}
-
-CurveFigures figuresOf(const SfrChannelCurve& ch, const std::string& name) {
-    CurveFigures c;
-    c.channel = name;
-    c.sfrQuarterNyquist = ch.sfrAt.at(0);
-    c.sfrHalfNyquist = ch.sfrAt.at(1);
-    if (ch.sfrAt.size() > 2) {
-        c.sfrCustom = ch.sfrAt[2];
-    }
-    c.mtf50 = ch.mtf50;
-    return c;
 }
 
 // The precise method on the grey region and, when asked, on each raw plane under it.
@@ -62,29 +38,14 @@ void addPreciseFigures(const cv::Mat& grey, const cv::Mat& raw, const cv::Rect& 
         SfrCurve curve;
         const int status = measureSfrCurve(region.data, region.cols, region.rows,
                                            PixelFormat::Grey8, precise, curve);
-        slot.precise = status == 0 ? figuresOf(curve.channels.at(0), "grey") : CurveFigures{};
+        slot.precise =
+            status == 0 ? api::curveFigures(curve.channels.at(0), "grey") : CurveFigures{};
         slot.precise.channel = "grey";
         slot.precise.status = status;
     }
     if (options.rawPlanes) {
-        SfrCurveOptions perPlane = precise;
-        perPlane.perChannelRaw = true;
-        const cv::Mat mosaic = raw(cut).clone();
-        SfrCurve curve;
-        const int status =
-            measureSfrCurve(mosaic.data, mosaic.cols, mosaic.rows,
-                            PixelFormat::Bayer16 + phaseAt(cut.x, cut.y), perPlane, curve);
-        slot.planes.clear();
-        const char* names[4] = {"R", "Gr", "Gb", "B"};
-        for (int k = 0; k < 4; ++k) {
-            CurveFigures f;
-            if (status == 0 && k < static_cast<int>(curve.channels.size())) {
-                f = figuresOf(curve.channels[static_cast<std::size_t>(k)], names[k]);
-            }
-            f.channel = names[k];
-            f.status = status;
-            slot.planes.push_back(f);
-        }
+        slot.planes =
+            api::rawPlaneFigures(raw, PixelFormat::Bayer16, PixelFormat::PhaseRG, cut, precise);
     }
 }
 

@@ -16,7 +16,8 @@ MEMBER = "talonvireoSFR_raw10_HLX6C"
 HERE = os.path.dirname(os.path.abspath(__file__))
 SCHEMA_DIR = os.environ.get("TALONVIREO_SCHEMA_DIR", os.path.join(HERE, "..", "..", "schema"))
 LENIENT = os.path.join(HERE, "..", "data", "limits", "lenient.toml")
-SCHEMAS = ["frame", "region", "chart-truth", "batch-row", "batch-run-options", "failure"]
+SCHEMAS = ["frame", "region", "chart-truth", "batch-row", "batch-run-options", "failure",
+           "chart-description", "description-truth"]
 
 
 def tool():
@@ -233,6 +234,28 @@ def test_batch_rows_and_run_options_follow_their_schemas(frame_files, tmp_path, 
 
 
 # ---- failing runs with --json ----
+
+@pytest.mark.parametrize("chart", ["grid", "HLX6C"])
+def test_a_rendered_descriptions_truth_is_a_description_truth_document(tmp_path, chart):
+    prefix = str(tmp_path / "described")
+    subprocess.run([tool(), "render", "--chart", chart, "--k1", "-0.05", "--bits", "8",
+                    "--width", "1000", "--height", "750", "--out", prefix], check=True,
+                   capture_output=True)
+    with open(prefix + ".json") as f:
+        truth = strict_json(f.read())
+    check("description-truth", truth)
+    assert len(truth["edges"]) == (432 if chart == "grid" else 52)
+
+
+def test_measure_chart_json_is_a_frame_document(frame_files):
+    run = subprocess.run([tool(), "measure", frame_files[0], "--width", "4000", "--height",
+                          "3000", "--bits", "10", "--chart", "HLX6C", "--json"],
+                         capture_output=True, text=True)
+    assert run.returncode == 0, run.stderr
+    doc = strict_json(run.stdout)
+    check("frame", doc)
+    assert [e["name"] for e in doc["edges"]][:2] == ["L1-01", "L1-02"]
+
 
 def test_a_failing_measure_writes_a_failure_document(frame_files):
     done = run("measure", frame_files[3], "--width", 4000, "--height", 3000, "--member", MEMBER,

@@ -88,7 +88,10 @@ TEST(ChartJob, AutoFindsAndMeasuresEveryEdgeOfTheBuiltInCharts) {
         const station::GradedFrame graded = station::gradeChartFrame(
             station::chooseChart("auto"), mosaicFrame(raw, 16), options, "");
         const std::size_t shapes = described(name).description->shapes.size();
-        EXPECT_EQ(graded.report.rows.size(), 4 * shapes);
+        // Every side of every square, but where the frame border stands in for a side of a
+        // square that runs out of the frame (K74T16BX's two lowest, one of K31R22BX).
+        EXPECT_LE(graded.report.rows.size(), 4 * shapes);
+        EXPECT_GE(graded.report.rows.size(), 4 * shapes - 2);
         // Every side is measured, except those of a square the frame border cuts that run out
         // of the frame, and those whose region would: each of those lies near the border.
         int measured = 0;
@@ -105,8 +108,8 @@ TEST(ChartJob, AutoFindsAndMeasuresEveryEdgeOfTheBuiltInCharts) {
                 {row.chart->x, row.chart->y, 3999.0 - row.chart->x, 2999.0 - row.chart->y});
             EXPECT_LT(border, 0.5 * row.chart->lengthPx) << row.chart->name;
         }
-        std::printf("[ auto ] %s: %zu edges found, %d measured\n", name.c_str(),
-                    graded.report.rows.size(), measured);
+        std::printf("[ auto ] %s: %zu sides of %zu squares found, %d measured\n", name.c_str(),
+                    graded.report.rows.size(), shapes, measured);
         EXPECT_GE(measured, static_cast<int>(0.9 * 4 * shapes));
     }
 }

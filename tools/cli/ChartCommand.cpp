@@ -9,6 +9,7 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include "ExitStatus.h"
+#include "RenderDescription.h"
 #include "render/ChartDesign.h"
 #include "render/ChartRenderer.h"
 #include "render/ChartTruth.h"
@@ -122,9 +123,23 @@ void declare(OptionValues& o) {
     o.option("--offset", "BYTES", "zero bytes before the first line (a header)");
     o.flag("--dng", "also write the mosaic as PREFIX.dng (needs --bayer), as a bench camera would");
     o.option("--out", "PREFIX", "output path prefix (default chart)");
+    declareDescriptionOptions(o);
 }
 
 int run(const OptionValues& o) {
+    if (o.has("--chart")) {
+        if (o.has("--project") || o.has("--persp-x") || o.has("--persp-y")) {
+            throw station::Failure(station::Cause::BadInput,
+                                   "--chart excludes --project, --persp-x and --persp-y");
+        }
+        return renderDescriptionFrame(o);
+    }
+    for (const char* only : {"--k1", "--sigma-corner", "--corner-light", "--clutter"}) {
+        if (o.has(only)) {
+            throw station::Failure(station::Cause::BadInput,
+                                   std::string(only) + " goes with --chart");
+        }
+    }
     render::ChartProject project;
     const std::string name = o.text("--project", "K74T16BX");
     if (!render::parseProject(name, project)) {
