@@ -75,6 +75,23 @@ def main():
     for member in (0, 1, 6, 10):  # one per record, road to grey and region rule
         write("FrameMeasurementFuzz", f"squares-{member}",
               struct.pack("<BhhfhhB", member, 256, 192, 4.0, 40, 90, 0), words.tobytes())
+    # ChartMeasurementFuzz: int16 w, int16 h, uint16 format selector, uint8 flags, uint8 bits,
+    # then the description (uint8 shape count, 4 x int16 corners and uint8 polarity each,
+    # uint8 lone-edge switch, uint8 slot count); pixels.
+    chart = squares(400, 300)
+    chart8 = np.round(chart).astype(np.uint8)
+    chart16 = (np.round(chart) * 256).astype("<u2")
+    none = struct.pack("<BBB", 0, 1, 0)
+    write("ChartMeasurementFuzz", "grey8", struct.pack("<hhHBB", 400, 300, 0, 0, 0) + none,
+          chart8.tobytes())
+    write("ChartMeasurementFuzz", "grey16", struct.pack("<hhHBB", 400, 300, 1, 0, 16) + none,
+          chart16.tobytes())
+    write("ChartMeasurementFuzz", "bayer8-planes", struct.pack("<hhHBB", 400, 300, 4, 4, 0) + none,
+          chart8.tobytes())
+    square = struct.pack("<hhhhhhhhB", 90, 90, 150, 95, 145, 155, 85, 150, 2)
+    described = struct.pack("<B", 1) + square + struct.pack("<BB", 1, 0)
+    write("ChartMeasurementFuzz", "described", struct.pack("<hhHBB", 400, 300, 0, 16, 0) + described,
+          chart8.tobytes())
     # ConvertFuzz: uint8 op, int16 w, int16 h, uint16 format, uint8 mode; samples.
     mosaic = np.round(squares(64, 48)).astype(np.uint8)
     for op, fmt in ((0, 0), (1, 0), (2, 0), (3, 0x11), (3, 0x22), (4, 0x18), (5, 0)):

@@ -14,7 +14,8 @@ CC=clang-14 CXX=clang++-14 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWi
     "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=$opt -DNDEBUG" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=$opt -DNDEBUG" \
     -DTALONVIREO_FUZZ=ON -DTALONVIREO_BUILD_TESTS=OFF -DTALONVIREO_BUILD_BENCH=OFF \
     -DTALONVIREO_BUILD_TOOLS=OFF -DTALONVIREO_BUILD_PYTHON=OFF >/dev/null
-harnesses=(RegionSfrFuzz RegionListFuzz LocateFuzz FrameMeasurementFuzz ConvertFuzz GreyRoadDiffFuzz)
+harnesses=(RegionSfrFuzz RegionListFuzz LocateFuzz FrameMeasurementFuzz ConvertFuzz GreyRoadDiffFuzz
+    ChartMeasurementFuzz)
 cmake --build "$build" --parallel "$(nproc)" --target "${harnesses[@]}"
 
 # One harness per core at a time, each for its full time.

@@ -1,7 +1,10 @@
 // A batch's record in SQLite: one row per run, per frame and per edge.
 //
-// Schema version 2 (PRAGMA user_version = 2):
+// Schema version 3 (PRAGMA user_version = 3; 3 added the chart columns of a frame measured
+// with --chart: name, centre_x, centre_y, angle_deg, length_px, bow_px, region_width,
+// region_height):
 //   runs(id, tool_version, library_version, member, options, config_key, limits_path,
+//        (member: the member's name, or "chart auto" / "chart NAME")
 //        limits_hash, started_at, finished_at, frames, measured, passed, interrupted)
 //       options: the measuring options as JSON; config_key: member + options + limits hash,
 //       what "already recorded" compares; times are UTC ISO 8601; finished_at stays NULL
@@ -34,7 +37,7 @@ struct sqlite3;
 namespace talonvireo {
 namespace station {
 
-inline constexpr int kDatabaseSchemaVersion = 2;
+inline constexpr int kDatabaseSchemaVersion = 3;
 
 struct RunRecord {
     std::string member;

@@ -55,7 +55,7 @@ def test_batch_records_every_frame_in_sqlite_csv_and_jsonl(tray, tmp_path):
     assert "batch: 4 frames" in done.stdout and "wrong file size" in done.stdout
     assert "yield     75.0 % (3 of 4)" in done.stdout
     con = sqlite3.connect(db)
-    assert con.execute("PRAGMA user_version").fetchone()[0] == 2
+    assert con.execute("PRAGMA user_version").fetchone()[0] == 3
     assert con.execute("PRAGMA integrity_check").fetchone()[0] == "ok"
     run = con.execute("SELECT member, finished_at, frames, measured, passed, interrupted, "
                       "limits_hash FROM runs").fetchall()
