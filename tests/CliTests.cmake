@@ -34,10 +34,10 @@ endfunction()
 
 # ---- The dispatcher ----
 cli_test(NAME NoCommandPrintsUsage STATUS 2 MATCH "Usage: talonvireo-sfr .*SUBCOMMAND")
-cli_test(NAME HelpListsEveryCommand STATUS 0 MATCH "demo.*measure.*batch.*roi.*render.*columns"
+cli_test(NAME HelpListsEveryCommand STATUS 0 MATCH "demo.*measure.*batch.*roi.*render.*columns.*focus"
     ARGS --help)
 cli_test(NAME UnknownCommandIsRefused STATUS 2 MATCH "unknown command 'nope'" ARGS nope)
-foreach(command demo measure batch roi render)
+foreach(command demo measure batch roi render focus)
     cli_test(NAME ${command}.HelpTextExplainsTheOptions STATUS 0
         MATCH "Usage: talonvireo-sfr ${command}" ARGS ${command} --help)
 endforeach()
@@ -562,3 +562,30 @@ cli_test(NAME batch.chart.RecordsEveryEdgeOfEveryFrame STATUS 1
     FILES chart.sqlite chart.csv
     ARGS batch h6.raw q8.raw --width 4000 --height 3000 --bits 10 --chart HLX6C
         --db chart.sqlite --csv chart.csv)
+
+# ---- focus: a through-focus stack, best focus 5 um (sigma^2 = 0.8^2 + (0.05 (z - 5))^2) ----
+foreach(step "m15;1.2806" "m5;0.9434" "p5;0.8" "p15;0.9434" "p35;1.7")
+    list(GET step 0 name)
+    list(GET step 1 sigma)
+    cli_test(NAME render.WritesFocusStackFrame.${name} FIXTURE STATUS 0 FILES focus-${name}.raw
+        ARGS render --project HLX6C --bits 10 --bayer --sigma ${sigma} --out focus-${name})
+endforeach()
+cli_test(NAME focus.FindsEveryEdgesBestFocusAndAFlatSurface STATUS 0
+    JSON_CHECK "len(d['edges']) == 52 and all(abs(e['best_focus_z_um'] - 5) < 1.5 for e in d['edges']) and abs(d['surface']['best_focus_z_um'] - 5) < 1 and abs(d['surface']['tilt_about_x_arcmin']) < 0.5 and abs(d['surface']['tilt_about_y_arcmin']) < 0.5"
+    ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 --pixel-pitch 1.4um
+        focus-m15.raw@-15 focus-m5.raw@-5 focus-p5.raw@5 focus-p15.raw@15 focus-p35.raw@35 --json)
+cli_test(NAME focus.PrintsTheSurfaceAndTheWindow STATUS 0
+    MATCH "through focus: 5 frames.*zone centre tangential.*surface: best focus.*common focus window"
+    ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 --pixel-pitch 1.4um
+        focus-m15.raw@-15 focus-m5.raw@-5 focus-p5.raw@5 focus-p15.raw@15 focus-p35.raw@35
+        --min-sfr 0.5)
+cli_test(NAME focus.NeedsThreeFrames STATUS 2 MATCH "three frames or more"
+    ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 --pixel-pitch 1.4um
+        focus-m5.raw@-5 focus-p5.raw@5)
+cli_test(NAME focus.NeedsAPixelPitch STATUS 2 MATCH "--pixel-pitch is required"
+    ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 focus-m5.raw@-5)
+cli_test(NAME focus.RefusesAFrameWithoutItsPosition STATUS 2 MATCH "is no FILE@Z"
+    ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 --pixel-pitch 1.4um
+        focus-m5.raw)
+cli_test(NAME focus.RefusesChartsWhoseEdgesDoNotKeepTheirSlot STATUS 2 MATCH "not --chart auto"
+    ARGS focus --chart auto --width 4000 --height 3000 --pixel-pitch 1.4um focus-m5.raw@-5)

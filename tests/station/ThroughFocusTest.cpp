@@ -4,9 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
+#include <fstream>
 #include <random>
+#include <string>
 #include <vector>
 
+#include "station/Failure.h"
+#include "station/FocusStudy.h"
 #include "station/ThroughFocus.h"
 
 namespace {
@@ -130,6 +135,40 @@ TEST(ThroughFocus, TheCommonWindowIsTheOverlapOfEveryRange) {
     FocusCurve never;
     EXPECT_FALSE(commonFocusWindow({a, never}).exists());
     EXPECT_FALSE(commonFocusWindow({}).exists());
+}
+
+TEST(FocusStudy, AFrameIsAFileAtItsFocusPosition) {
+    const FocusFrame f = parseFocusFrame("stack/a@b.raw@-12.5");
+    EXPECT_EQ(f.path, "stack/a@b.raw");
+    EXPECT_EQ(f.z, -12.5);
+    EXPECT_THROW(parseFocusFrame("a.raw"), Failure);
+    EXPECT_THROW(parseFocusFrame("a.raw@"), Failure);
+    EXPECT_THROW(parseFocusFrame("a.raw@12um"), Failure);
+    EXPECT_THROW(parseFocusFrame("@3"), Failure);
+}
+
+TEST(FocusStudy, AListHoldsFileAndZLinesBesideIt) {
+    const std::string dir = ::testing::TempDir();
+    {
+        std::ofstream list(dir + "stack.csv");
+        list << "file,z\n# the sweep\n\nz1.raw, -5\n/abs/z2.raw,5.5\n";
+    }
+    const std::vector<FocusFrame> frames = readFocusList(dir + "stack.csv");
+    ASSERT_EQ(frames.size(), 2u);
+    EXPECT_EQ(frames[0].z, -5.0);
+    EXPECT_NE(frames[0].path.find("z1.raw"), std::string::npos);
+    EXPECT_EQ(frames[0].path.rfind(dir.substr(0, dir.size() - 1), 0), 0u);
+    EXPECT_EQ(frames[1].path, "/abs/z2.raw");
+    {
+        std::ofstream list(dir + "broken.csv");
+        list << "z1.raw,-5\nz2.raw\n";
+    }
+    try {
+        readFocusList(dir + "broken.csv");
+        FAIL() << "a line without z was read";
+    } catch (const Failure& e) {
+        EXPECT_NE(std::string(e.what()).find("broken.csv:2"), std::string::npos) << e.what();
+    }
 }
 
 }  // namespace

@@ -29,8 +29,13 @@ OptionValues& OptionValues::operand(const std::string& name, const std::string& 
     return *this;
 }
 
-OptionValues& OptionValues::operands(const std::string& name, const std::string& description) {
-    command_->add_option(name, lists_[name], description)->required()->type_name("FILE...");
+OptionValues& OptionValues::operands(const std::string& name, const std::string& description,
+                                     bool required) {
+    CLI::Option* option = command_->add_option(name, lists_[name], description);
+    option->type_name("FILE...");
+    if (required) {
+        option->required();
+    }
     return *this;
 }
 

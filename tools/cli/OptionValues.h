@@ -20,8 +20,9 @@ public:
 
     // A required file operand, such as FRAME.
     OptionValues& operand(const std::string& name, const std::string& description);
-    // One or more file operands, such as FRAMES...
-    OptionValues& operands(const std::string& name, const std::string& description);
+    // One or more file operands, such as FRAMES... (none at all when not `required`).
+    OptionValues& operands(const std::string& name, const std::string& description,
+                           bool required = true);
     // "--name VALUE"; `typeName` shows in the help (INT, NUMBER, PATH, ...).
     OptionValues& option(const std::string& name, const std::string& typeName,
                          const std::string& description);

@@ -15,6 +15,7 @@
 #include "Command.h"
 #include "DemoCommand.h"
 #include "ExitStatus.h"
+#include "FocusCommand.h"
 #include "MeasureCommand.h"
 #include "RoiCommand.h"
 #include "station/EdgeReport.h"
@@ -39,8 +40,8 @@ int main(int argc, char** argv) {
                          std::string("talonvireo-sfr ") + talonvireo::station::kToolVersion);
     app.require_subcommand(1, 1);
     app.footer("Run 'talonvireo-sfr COMMAND --help' for a command's options.");
-    const Command commands[] = {demoCommand(), measureCommand(), batchCommand(),
-                                roiCommand(),  renderCommand(),  columnsCommand()};
+    const Command commands[] = {demoCommand(),   measureCommand(), batchCommand(), roiCommand(),
+                                renderCommand(), columnsCommand(), focusCommand()};
     std::vector<std::unique_ptr<OptionValues>> values;
     std::vector<CLI::App*> subs;
     for (const Command& command : commands) {
