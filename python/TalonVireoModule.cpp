@@ -131,40 +131,74 @@ void checkRegionParams(const station::Member& m, int roiSize, int markSearchSize
     }
 }
 
-py::list measureFrame(py::object raw, const std::string& member, int roiSize, int markSearchSize,
-                      double freqDivisor) {
-    const std::vector<station::Member> members = station::allMembers();
-    const station::Member* m = station::findMember(members, member);
+// The member called `name` among `members`; InvalidInput listing them otherwise.
+const station::Member* memberNamed(const std::vector<station::Member>& members,
+                                   const std::string& name) {
+    const station::Member* m = station::findMember(members, name);
     if (m == nullptr) {
         std::string names;
         for (const station::Member& each : members)
             names += " " + each.name;
-        raise("InvalidInput", "unknown member '" + member + "'; one of:" + names);
+        raise("InvalidInput", "unknown member '" + name + "'; one of:" + names);
     }
-    checkDivisor(freqDivisor);
-    // Exactly a 2-D uint16 array: numpy's casts would read 8-bit or float values as words.
+    return m;
+}
+
+// A frame of raw words: exactly a 2-D uint16 array (numpy's casts would read 8-bit or float
+// values as words), its shape checked before anything is copied (a broadcast view of a few
+// bytes can stand for a frame far larger than memory).
+// Returns the frame's width.
+int checkWordFrame(const py::object& raw) {
     if (!py::isinstance<py::array>(raw) ||
         !py::reinterpret_borrow<py::array>(raw).dtype().is(py::dtype::of<std::uint16_t>()) ||
         py::reinterpret_borrow<py::array>(raw).ndim() != 2) {
         throw py::type_error("raw must be a 2-D numpy array of uint16 (rows x columns)");
     }
-    // The shape is checked before anything is copied: a broadcast view of a few bytes can
-    // stand for a frame far larger than memory.
-    {
-        const py::array view = py::reinterpret_borrow<py::array>(raw);
-        const std::int64_t rows = static_cast<std::int64_t>(view.shape(0));
-        const std::int64_t cols = static_cast<std::int64_t>(view.shape(1));
-        if (rows > INT32_MAX || cols > INT32_MAX || rows * cols > INT32_MAX) {
-            raise("InvalidInput", "raw is " + std::to_string(rows) + " x " + std::to_string(cols) +
-                                      ": a frame may hold at most 2147483647 pixels");
-        }
-        checkRegionParams(*m, roiSize, markSearchSize, static_cast<int>(cols));
+    const py::array view = py::reinterpret_borrow<py::array>(raw);
+    const std::int64_t rows = static_cast<std::int64_t>(view.shape(0));
+    const std::int64_t cols = static_cast<std::int64_t>(view.shape(1));
+    if (rows > INT32_MAX || cols > INT32_MAX || rows * cols > INT32_MAX) {
+        raise("InvalidInput", "raw is " + std::to_string(rows) + " x " + std::to_string(cols) +
+                                  ": a frame may hold at most 2147483647 pixels");
     }
-    // Same dtype, so this only copies a non-contiguous view.
+    return static_cast<int>(cols);
+}
+
+// checkWordFrame, then the frame packed (same dtype, so only a non-contiguous view is copied).
+py::array_t<std::uint16_t, py::array::c_style> wordFrame(const py::object& raw) {
+    checkWordFrame(raw);
     auto frame = py::array_t<std::uint16_t, py::array::c_style>::ensure(raw);
     if (!frame) {
         throw py::type_error("raw must be a 2-D numpy array of uint16 (rows x columns)");
     }
+    return frame;
+}
+
+// measure_frame's answer: one dict per edge.
+py::list edgeDicts(const station::FrameReport& report, double freqDivisor) {
+    py::list out;
+    for (const station::EdgeRow& row : report.rows) {
+        py::dict e;
+        e["edge"] = row.index;
+        e["x"] = row.measured.x;
+        e["y"] = row.measured.y;
+        e["side"] = row.side;
+        e["sfr_quarter_nyquist"] = figureOrNone(row.measured.sfrQuarterNyquist);
+        e["sfr_half_nyquist"] = figureOrNone(row.measured.sfrHalfNyquist);
+        e["sfr_custom"] = freqDivisor > 0.0 ? figureOrNone(row.measured.sfrCustom) : py::none();
+        out.append(e);
+    }
+    return out;
+}
+
+py::list measureFrame(py::object raw, const std::string& member, int roiSize, int markSearchSize,
+                      double freqDivisor) {
+    const std::vector<station::Member> members = station::allMembers();
+    const station::Member* m = memberNamed(members, member);
+    checkDivisor(freqDivisor);
+    // The parameters against the frame's width, before anything is copied.
+    checkRegionParams(*m, roiSize, markSearchSize, checkWordFrame(raw));
+    const auto frame = wordFrame(raw);
     const int height = static_cast<int>(frame.shape(0));
     const int width = static_cast<int>(frame.shape(1));
     // The library only reads the frame; `frame` keeps the array alive while the GIL is
@@ -181,20 +215,50 @@ py::list measureFrame(py::object raw, const std::string& member, int roiSize, in
     if (report.partial()) {
         raise(exceptionFor(report.memberCause), report.memberFailure);
     }
-    py::list out;
-    for (const station::EdgeRow& row : report.rows) {
-        py::dict e;
-        e["edge"] = row.index;
-        e["x"] = row.measured.x;
-        e["y"] = row.measured.y;
-        e["side"] = row.side;
-        e["sfr_quarter_nyquist"] = figureOrNone(row.measured.sfrQuarterNyquist);
-        e["sfr_half_nyquist"] = figureOrNone(row.measured.sfrHalfNyquist);
-        e["sfr_custom"] = freqDivisor > 0.0 ? figureOrNone(row.measured.sfrCustom) : py::none();
-        out.append(e);
-    }
-    return out;
+    return edgeDicts(report, freqDivisor);
 }
+
+// A tracker of one member's chart through a stream of frames (talonvireo.Tracker).
+class PyTracker {
+public:
+    PyTracker(const std::string& member, int roiSize, int markSearchSize, double freqDivisor)
+        : members_(station::allMembers()),
+          member_(memberNamed(members_, member)),
+          param_{static_cast<float>(freqDivisor), roiSize, markSearchSize},
+          tracker_(*member_->info, param_) {
+        checkDivisor(freqDivisor);
+        checkRegionParams(*member_, roiSize, markSearchSize, 0);
+    }
+
+    py::list measure(py::object raw) {
+        const auto frame = wordFrame(raw);
+        const int height = static_cast<int>(frame.shape(0));
+        const int width = static_cast<int>(frame.shape(1));
+        checkRegionParams(*member_, param_.roiSize, param_.markSearchSize, width);
+        MemberFrameReport pass;
+        int status = 0;
+        {
+            py::gil_scoped_release unlocked;
+            status = tracker_.measure(frame.data(), width, height, pass);
+        }
+        if (status != 0) {
+            raise("InvalidInput", member_->name + " refused the frame");
+        }
+        const station::FrameReport report = station::frameReportOf(*member_, pass, param_);
+        if (report.partial()) {
+            raise(exceptionFor(report.memberCause), report.memberFailure);
+        }
+        return edgeDicts(report, param_.freqDivisor);
+    }
+
+    bool relocated() const { return tracker_.relocated(); }
+
+private:
+    std::vector<station::Member> members_;
+    const station::Member* member_;
+    SFRParam param_;
+    MemberTracker tracker_;
+};
 
 py::dict sfr(py::object regionObject, std::optional<int> format, std::vector<double> frequencies,
              bool normalAxis, const std::string& method, bool perChannelRaw) {
@@ -668,6 +732,21 @@ PYBIND11_MODULE(talonvireo, m) {
           "or where the figure does not exist). Raises ChartNotLocated, SfrCalculationFailed, "
           "InvalidInput (also for a frame over 2147483647 pixels, before anything is copied); "
           "TypeError for anything but a 2-D uint16 array.");
+    py::class_<PyTracker>(m, "Tracker",
+                          "Follows one member's chart through a stream of frames: the first is "
+                          "located as the member locates it; every next one reads only the raw "
+                          "words under the regions, reduced to grey bit for bit as the whole "
+                          "frame's road gives them, and is measured where the chart now is (on "
+                          "a still chart: the member's own figures). The chart is located afresh "
+                          "when an edge is lost or moves beyond its region. One tracker per "
+                          "stream.")
+        .def(py::init<const std::string&, int, int, double>(), py::arg("member"),
+             py::arg("roi_size") = 80, py::arg("mark_search_size") = 100,
+             py::arg("freq_divisor") = 0.0)
+        .def("measure", &PyTracker::measure, py::arg("raw"),
+             "Measures one frame (2-D uint16 array) and returns what measure_frame returns.")
+        .def_property_readonly("relocated", &PyTracker::relocated,
+                               "Whether the last frame was located afresh.");
     m.def("measure_files", &measureFiles, py::arg("paths"), py::arg("member"), py::arg("width") = 0,
           py::arg("height") = 0, py::arg("packing") = "words16", py::arg("stride") = 0,
           py::arg("offset") = 0, py::arg("roi_size") = 80, py::arg("mark_search_size") = 100,

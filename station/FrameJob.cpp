@@ -75,6 +75,30 @@ void explainMemberFailure(const MemberFrameReport& pass, FrameReport& report) {
 }
 }  // namespace
 
+FrameReport frameReportOf(const Member& member, const MemberFrameReport& pass,
+                          const SFRParam& param, const MeasureOptions& options) {
+    FrameReport report;
+    report.member = member.name;
+    report.project = member.chartName;
+    report.width = pass.width;
+    report.height = pass.height;
+    report.param = param;
+    report.param.roiSize = pass.roiSize;  // the RQ8 members use 90 whatever was asked
+    report.fitResidual = pass.fitResidual;
+    report.designConsensus = pass.designConsensus;
+    report.clippedShare = pass.clippedShare;
+    report.whiteLevel = pass.whiteLevel;
+    report.hasPrecise = options.precise;
+    report.hasPlanes = options.planes;
+    for (std::size_t i = 0; i < pass.slots.size(); ++i) {
+        report.rows.push_back(rowOf(static_cast<int>(i), pass.slots[i]));
+    }
+    if (pass.memberStatus != 0) {
+        explainMemberFailure(pass, report);
+    }
+    return report;
+}
+
 FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRParam& param,
                             const MeasureOptions& options) {
     if (raw.type() != CV_16UC1 || !raw.isContinuous()) {
@@ -92,27 +116,9 @@ FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRP
         throw Failure(Cause::Failed, "the frame could not be measured (" + member.name +
                                          " refused it or ran out of memory)");
     }
-    FrameReport report;
+    FrameReport report = frameReportOf(member, pass, param, options);
     report.milliseconds =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-    report.member = member.name;
-    report.project = member.chartName;
-    report.width = raw.cols;
-    report.height = raw.rows;
-    report.param = param;
-    report.param.roiSize = pass.roiSize;  // the RQ8 members use 90 whatever was asked
-    report.fitResidual = pass.fitResidual;
-    report.designConsensus = pass.designConsensus;
-    report.clippedShare = pass.clippedShare;
-    report.whiteLevel = pass.whiteLevel;
-    report.hasPrecise = options.precise;
-    report.hasPlanes = options.planes;
-    for (std::size_t i = 0; i < pass.slots.size(); ++i) {
-        report.rows.push_back(rowOf(static_cast<int>(i), pass.slots[i]));
-    }
-    if (pass.memberStatus != 0) {
-        explainMemberFailure(pass, report);
-    }
     return report;
 }
 

@@ -42,6 +42,11 @@ struct MeasureOptions {
 FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRParam& param,
                             const MeasureOptions& options = {});
 
+// The station's report of one pass of `member` (measureMemberFrame's, or a tracker's): a row
+// per record slot, and the member's failure explained when it failed.
+FrameReport frameReportOf(const Member& member, const MemberFrameReport& pass,
+                          const SFRParam& param, const MeasureOptions& options = {});
+
 // Throws the member's failure (Failure with its cause) when the report holds one.
 void requireMemberSuccess(const FrameReport& report);
 

@@ -12,6 +12,7 @@
 #include "talonvireo/MemberEdgeLocate.h"
 #include "talonvireo/MemberFrameReport.h"
 #include "talonvireo/MemberTable.h"
+#include "talonvireo/MemberTracker.h"
 #include "talonvireo/PixelFormat.h"
 #include "talonvireo/ProjectLocate.h"
 #include "talonvireo/RawFrameToGrey.h"

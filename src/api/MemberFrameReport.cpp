@@ -10,6 +10,7 @@
 #include "api/ChartLocate.h"
 #include "api/GreyReduction.h"
 #include "api/MemberPass.h"
+#include "api/MemberReport.h"
 #include "api/RegionFigures.h"
 #include "locate/ChartFit.h"
 #include "talonvireo/PixelFormat.h"
@@ -141,6 +142,76 @@ SlotReport slotReport(const api::SlotPass& pass, const EdgeCentre& centre, bool 
 }
 }  // namespace
 
+namespace api {
+
+SFRParam memberParam(const MemberInfo& member, const SFRParam& param) {
+    SFRParam used = param;
+    if (member.regionRule == RegionRule::kForced90) {
+        used.roiSize = 90;
+    }
+    return used;
+}
+
+MemberFrameReport reportOnCentres(const MemberInfo& member, const SFRParam& used,
+                                  const MemberFrameOptions& options, const cv::Mat& frame,
+                                  const cv::Mat& grey, const std::vector<EdgeCentre>& centres,
+                                  const int layoutStatus[2], std::vector<SlotEdgeLine>* lines) {
+    MemberFrameReport out;
+    out.width = frame.cols;
+    out.height = frame.rows;
+    out.roiSize = used.roiSize;
+    const int fullScale = (1 << member.bits) - 1;
+    out.whiteLevel = options.whiteLevel > 0 ? options.whiteLevel : fullScale;
+    out.layoutStatus[0] = layoutStatus[0];
+    out.layoutStatus[1] = layoutStatus[1];
+    const int n = static_cast<int>(centres.size());
+    api::QualityRequest quality{&frame, static_cast<double>(out.whiteLevel)};
+    const std::vector<api::SlotPass> passes =
+        api::measureSlots(grey, centres, member, used.roiSize, used.freqDivisor, &quality);
+    const bool located = out.layoutStatus[0] == 0 && out.layoutStatus[1] == 0;
+    out.memberStatus = located ? api::memberStatusOf(passes) : -2;
+
+    long zone = 0, clipped = 0;
+    for (int i = 0; i < n; ++i) {
+        const EdgeCentre& c = centres[static_cast<std::size_t>(i)];
+        const bool found = std::isfinite(c.x) && std::isfinite(c.y);
+        SlotReport s = slotReport(passes[static_cast<std::size_t>(i)], c, found,
+                                  member.regionSide(i, used.roiSize));
+        if (s.state == SlotState::kMeasured) {
+            zone += passes[static_cast<std::size_t>(i)].transitionSamples;
+            clipped += passes[static_cast<std::size_t>(i)].clippedSamples;
+        }
+        if (lines != nullptr) {
+            SlotEdgeLine line;
+            const sfr::EdgeQuality& q = passes[static_cast<std::size_t>(i)].quality;
+            if (s.state == SlotState::kMeasured && (q.a != 0.0 || q.b != 0.0)) {
+                // The region's top-left corner, as measureSlots cut it.
+                const double left = s.x - s.side / 2, top = s.y - s.side / 2;
+                line.valid = true;
+                line.normal = {q.a, q.b};
+                line.offset = q.distance(c.x - left, c.y - top);
+            }
+            lines->push_back(line);
+        }
+        out.slots.push_back(std::move(s));
+    }
+    out.clippedShare =
+        zone > 0 ? static_cast<double>(clipped) / static_cast<double>(zone) : SlotReport::kNaN;
+    if (options.precise || options.rawPlanes) {
+        for (SlotReport& s : out.slots) {
+            if (s.state == SlotState::kMeasured) {
+                const int half = s.side / 2;
+                addPreciseFigures(grey, frame, cv::Rect(s.x - half, s.y - half, s.side, s.side),
+                                  used, options, s);
+            }
+        }
+    }
+    fitDesign(member, used.markSearchSize, out);
+    return out;
+}
+
+}  // namespace api
+
 int measureMemberFrame(const MemberInfo& member, const std::uint16_t* raw, int width, int height,
                        const SFRParam& param, const MemberFrameOptions& options,
                        MemberFrameReport& report) {
@@ -149,10 +220,7 @@ int measureMemberFrame(const MemberInfo& member, const std::uint16_t* raw, int w
             static_cast<std::int64_t>(width) * height > INT32_MAX || !knownMember(member)) {
             return -1;
         }
-        SFRParam used = param;
-        if (member.regionRule == RegionRule::kForced90) {
-            used.roiSize = 90;
-        }
+        const SFRParam used = api::memberParam(member, param);
         convert::WordDepth depth;
         if (!api::wordDepthOf(member.bits, depth) || !api::acceptsParam(member, width, used) ||
             options.whiteLevel < 0) {
@@ -161,51 +229,15 @@ int measureMemberFrame(const MemberInfo& member, const std::uint16_t* raw, int w
         const cv::Mat frame(height, width, CV_16UC1, const_cast<std::uint16_t*>(raw));
         const cv::Mat grey = api::reduceToGrey(depth, member.road, frame);
 
-        MemberFrameReport out;
-        out.width = width;
-        out.height = height;
-        out.roiSize = used.roiSize;
-        const int fullScale = (1 << member.bits) - 1;
-        out.whiteLevel = options.whiteLevel > 0 ? options.whiteLevel : fullScale;
-
         std::vector<EdgeCentre> centres(api::kMostSlots);
+        int layoutStatus[2] = {-1, -1};
         const int n = api::locateChart(grey, member.chart, used.markSearchSize, false,
-                                       centres.data(), api::kMostSlots, out.layoutStatus);
+                                       centres.data(), api::kMostSlots, layoutStatus);
         if (n != member.slots) {
             return -1;
         }
         centres.resize(static_cast<std::size_t>(n));
-        api::QualityRequest quality{&frame, static_cast<double>(out.whiteLevel)};
-        const std::vector<api::SlotPass> passes =
-            api::measureSlots(grey, centres, member, used.roiSize, used.freqDivisor, &quality);
-        const bool located = out.layoutStatus[0] == 0 && out.layoutStatus[1] == 0;
-        out.memberStatus = located ? api::memberStatusOf(passes) : -2;
-
-        long zone = 0, clipped = 0;
-        for (int i = 0; i < n; ++i) {
-            const EdgeCentre& c = centres[static_cast<std::size_t>(i)];
-            const bool found = std::isfinite(c.x) && std::isfinite(c.y);
-            SlotReport s = slotReport(passes[static_cast<std::size_t>(i)], c, found,
-                                      member.regionSide(i, used.roiSize));
-            if (s.state == SlotState::kMeasured) {
-                zone += passes[static_cast<std::size_t>(i)].transitionSamples;
-                clipped += passes[static_cast<std::size_t>(i)].clippedSamples;
-            }
-            out.slots.push_back(std::move(s));
-        }
-        out.clippedShare =
-            zone > 0 ? static_cast<double>(clipped) / static_cast<double>(zone) : SlotReport::kNaN;
-        if (options.precise || options.rawPlanes) {
-            for (SlotReport& s : out.slots) {
-                if (s.state == SlotState::kMeasured) {
-                    const int half = s.side / 2;
-                    addPreciseFigures(grey, frame, cv::Rect(s.x - half, s.y - half, s.side, s.side),
-                                      used, options, s);
-                }
-            }
-        }
-        fitDesign(member, used.markSearchSize, out);
-        report = std::move(out);
+        report = api::reportOnCentres(member, used, options, frame, grey, centres, layoutStatus);
         return 0;
     } catch (const std::exception&) {
         return -1;

@@ -444,3 +444,25 @@ def test_a_dim_frames_warning_travels_with_its_failed_row(tmp_path):
     assert len(table) == 1
     assert table["error"][0].startswith("chart not located")
     assert "below 1/16 of 10-bit full scale" in table["warnings"][0]
+
+
+def test_a_tracker_gives_measure_frames_figures_and_says_when_it_located(rendered_chart):
+    raw, _ = rendered_chart
+    member = "talonvireoSFR_raw10_HLX6C"
+    tracker = talonvireo.Tracker(member, freq_divisor=4.0)
+    whole = talonvireo.measure_frame(raw, member, freq_divisor=4.0)
+    first = tracker.measure(raw)
+    assert tracker.relocated
+    second = tracker.measure(raw.copy())
+    assert not tracker.relocated
+    assert first == whole and second == whole  # bit for bit, dict for dict
+
+
+def test_a_tracker_refuses_what_measure_frame_refuses():
+    with pytest.raises(talonvireo.InvalidInput, match="unknown member"):
+        talonvireo.Tracker("nope")
+    tracker = talonvireo.Tracker("talonvireoSFR_raw10_HLX6C")
+    with pytest.raises(TypeError, match="uint16"):
+        tracker.measure(np.zeros((10, 10), np.uint8))
+    with pytest.raises(talonvireo.ChartNotLocated):
+        tracker.measure(np.full((600, 800), 300, np.uint16))
