@@ -25,16 +25,16 @@ ChartDescription fuzzedDescription(FuzzInput& in) {
     for (int s = 0; s < shapes; ++s) {
         ChartShape shape;
         for (ChartPoint& p : shape.corners) {
-            p.x = in.take<std::int16_t>() % 400;
-            p.y = in.take<std::int16_t>() % 300;
+            p.x = in.take<std::int16_t>() % 240;
+            p.y = in.take<std::int16_t>() % 180;
         }
         shape.polarity = in.take<std::uint8_t>() % 3 - 1;
         d.shapes.push_back(shape);
     }
     if (in.take<std::uint8_t>() % 2 == 0) {
         ChartEdge edge;
-        edge.from = {static_cast<double>(in.take<std::int16_t>() % 400), 10.0};
-        edge.to = {static_cast<double>(in.take<std::int16_t>() % 400), 290.0};
+        edge.from = {static_cast<double>(in.take<std::int16_t>() % 240), 10.0};
+        edge.to = {static_cast<double>(in.take<std::int16_t>() % 240), 170.0};
         d.edges.push_back(edge);
     }
     const int slots = in.take<std::uint8_t>() % 4;
@@ -56,8 +56,8 @@ ChartDescription fuzzedDescription(FuzzInput& in) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzInput in(data, size);
-    const int width = foldSize(in.take<std::int16_t>(), 400);
-    const int height = foldSize(in.take<std::int16_t>(), 300);
+    const int width = foldSize(in.take<std::int16_t>(), 240);
+    const int height = foldSize(in.take<std::int16_t>(), 180);
     const auto selector = in.take<std::uint16_t>();
     const int format = selector < 0x8000 ? kFormats[selector % std::size(kFormats)]
                                          : static_cast<int>(selector & 0xFFF);

@@ -46,6 +46,25 @@ void run(Member<Record> member, unsigned char* img, int width, int height, SFRPa
                                  sizeof(float)) == 0);
         }
     }
+
+    // A tracker given the same frame twice: located once, then the member's record again from
+    // the regions alone.
+    MemberTracker tracker(memberTable().rows[tRow], asked);
+    for (int frame = 0; frame < 2; ++frame) {
+        MemberFrameReport tracked;
+        const int t =
+            tracker.measure(reinterpret_cast<const std::uint16_t*>(img), width, height, tracked);
+        contract(t == reported);
+        if (t == 0 && status == 0 && reported == 0) {
+            contract(tracked.memberStatus == 0 && tracked.slots.size() == report.slots.size());
+            for (std::size_t i = 0; i < tracked.slots.size(); ++i) {
+                contract(tracked.slots[i].x == report.slots[i].x &&
+                         tracked.slots[i].y == report.slots[i].y);
+                contract(std::memcmp(&tracked.slots[i].sfrQuarterNyquist,
+                                     &report.slots[i].sfrQuarterNyquist, sizeof(float)) == 0);
+            }
+        }
+    }
 }
 }  // namespace
 

@@ -78,19 +78,19 @@ def main():
     # ChartMeasurementFuzz: int16 w, int16 h, uint16 format selector, uint8 flags, uint8 bits,
     # then the description (uint8 shape count, 4 x int16 corners and uint8 polarity each,
     # uint8 lone-edge switch, uint8 slot count); pixels.
-    chart = squares(400, 300)
+    chart = squares(240, 180)
     chart8 = np.round(chart).astype(np.uint8)
     chart16 = (np.round(chart) * 256).astype("<u2")
     none = struct.pack("<BBB", 0, 1, 0)
-    write("ChartMeasurementFuzz", "grey8", struct.pack("<hhHBB", 400, 300, 0, 0, 0) + none,
+    write("ChartMeasurementFuzz", "grey8", struct.pack("<hhHBB", 240, 180, 0, 0, 0) + none,
           chart8.tobytes())
-    write("ChartMeasurementFuzz", "grey16", struct.pack("<hhHBB", 400, 300, 1, 0, 16) + none,
+    write("ChartMeasurementFuzz", "grey16", struct.pack("<hhHBB", 240, 180, 1, 0, 16) + none,
           chart16.tobytes())
-    write("ChartMeasurementFuzz", "bayer8-planes", struct.pack("<hhHBB", 400, 300, 4, 4, 0) + none,
+    write("ChartMeasurementFuzz", "bayer8-planes", struct.pack("<hhHBB", 240, 180, 4, 4, 0) + none,
           chart8.tobytes())
-    square = struct.pack("<hhhhhhhhB", 90, 90, 150, 95, 145, 155, 85, 150, 2)
+    square = struct.pack("<hhhhhhhhB", 52, 52, 92, 55, 89, 95, 49, 92, 2)
     described = struct.pack("<B", 1) + square + struct.pack("<BB", 1, 0)
-    write("ChartMeasurementFuzz", "described", struct.pack("<hhHBB", 400, 300, 0, 16, 0) + described,
+    write("ChartMeasurementFuzz", "described", struct.pack("<hhHBB", 240, 180, 0, 16, 0) + described,
           chart8.tobytes())
     # ConvertFuzz: uint8 op, int16 w, int16 h, uint16 format, uint8 mode; samples.
     mosaic = np.round(squares(64, 48)).astype(np.uint8)
