@@ -198,7 +198,10 @@ MemberFrameReport reportOnCentres(const MemberInfo& member, const SFRParam& used
     out.clippedShare =
         zone > 0 ? static_cast<double>(clipped) / static_cast<double>(zone) : SlotReport::kNaN;
     if (options.precise || options.rawPlanes) {
-        for (SlotReport& s : out.slots) {
+        const int count = static_cast<int>(out.slots.size());
+#pragma omp parallel for schedule(dynamic)
+        for (int i = 0; i < count; ++i) {
+            SlotReport& s = out.slots[static_cast<std::size_t>(i)];
             if (s.state == SlotState::kMeasured) {
                 const int half = s.side / 2;
                 addPreciseFigures(grey, frame, cv::Rect(s.x - half, s.y - half, s.side, s.side),
