@@ -10,6 +10,8 @@
 
 #include <opencv2/core.hpp>
 
+#include "BenchThreads.h"
+
 #include "render/DescriptionRenderer.h"
 #include "render/GridChart.h"
 #include "talonvireo/ChartMeasurement.h"
@@ -18,17 +20,7 @@
 namespace {
 using namespace talonvireo;
 
-struct Threads {
-    explicit Threads(int n) : omp(omp_get_max_threads()), cv(cv::getNumThreads()) {
-        omp_set_num_threads(n);
-        cv::setNumThreads(n);
-    }
-    ~Threads() {
-        omp_set_num_threads(omp);
-        cv::setNumThreads(cv);
-    }
-    int omp, cv;
-};
+using bench::Threads;
 
 render::DescriptionRenderSettings look() {
     render::DescriptionRenderSettings s = render::settingsForFrame(4000, 3000);

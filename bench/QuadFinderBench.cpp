@@ -11,6 +11,8 @@
 
 #include <opencv2/core.hpp>
 
+#include "BenchThreads.h"
+
 #include "detect/CoarseImage.h"
 #include "detect/NoiseLevel.h"
 #include "detect/PolarityMasks.h"
@@ -38,18 +40,7 @@ cv::Mat gridFrame(int bits) {
     return render::exposeChart(render::chartCoverage(squares, {}, 0.8, 4000, 3000), exposure);
 }
 
-// Threads for OpenMP and OpenCV alike, restored afterwards.
-struct Threads {
-    explicit Threads(int n) : omp(omp_get_max_threads()), cv(cv::getNumThreads()) {
-        omp_set_num_threads(n);
-        cv::setNumThreads(n);
-    }
-    ~Threads() {
-        omp_set_num_threads(omp);
-        cv::setNumThreads(cv);
-    }
-    int omp, cv;
-};
+using bench::Threads;
 
 void BM_FindQuads(benchmark::State& state, int bits) {
     const cv::Mat frame = gridFrame(bits);

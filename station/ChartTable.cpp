@@ -114,14 +114,7 @@ void printChartTable(std::FILE* out, const FrameReport& report) {
         "edge%s\n",
         report.chartMethod == SfrMethod::kClassic ? "classic" : "precise",
         report.hasPlanes ? "; R .. B: each raw colour plane under the region (precise)" : "");
-    if (report.hasLimit && report.limitsPath.empty()) {
-        std::fprintf(out, "%d of %zu edges below SFR N/4 %.3f\n", report.failures(),
-                     report.rows.size(), report.minSfr);
-    } else if (report.hasLimit) {
-        std::fprintf(out, "%d of %zu edges fail the limits in %s: frame %s\n", report.failures(),
-                     report.rows.size(), report.limitsPath.c_str(),
-                     report.failures() == 0 ? "PASSES" : "FAILS");
-    }
+    printGradeSummary(out, report);
 }
 
 }  // namespace station

@@ -97,6 +97,17 @@ void printFigure(std::FILE* out, double v, int decimals) {
     }
 }
 
+void printGradeSummary(std::FILE* out, const FrameReport& report) {
+    if (report.hasLimit && report.limitsPath.empty()) {
+        std::fprintf(out, "%d of %zu edges below SFR N/4 %.3f\n", report.failures(),
+                     report.rows.size(), report.minSfr);
+    } else if (report.hasLimit) {
+        std::fprintf(out, "%d of %zu edges fail the limits in %s: frame %s\n", report.failures(),
+                     report.rows.size(), report.limitsPath.c_str(),
+                     report.failures() == 0 ? "PASSES" : "FAILS");
+    }
+}
+
 void printTable(std::FILE* out, const FrameReport& report) {
     if (report.isChart()) {
         printChartTable(out, report);
@@ -220,14 +231,7 @@ void printTable(std::FILE* out, const FrameReport& report) {
     if (report.partial()) {
         std::fprintf(out, "%s\n", partialSummary(report).c_str());
     }
-    if (report.hasLimit && report.limitsPath.empty()) {
-        std::fprintf(out, "%d of %zu edges below SFR N/4 %.3f\n", report.failures(),
-                     report.rows.size(), report.minSfr);
-    } else if (report.hasLimit) {
-        std::fprintf(out, "%d of %zu edges fail the limits in %s: frame %s\n", report.failures(),
-                     report.rows.size(), report.limitsPath.c_str(),
-                     report.failures() == 0 ? "PASSES" : "FAILS");
-    }
+    printGradeSummary(out, report);
     if (report.hasMtf50) {
         std::fprintf(out,
                      "MTF50: the member's method on its region (cycles per pixel, its axis)%s%s\n",

@@ -157,6 +157,10 @@ void printWarnings(std::FILE* out, const std::vector<std::string>& warnings);
 void printFigure(std::FILE* out, double v, int decimals = 4);
 
 void printTable(std::FILE* out, const FrameReport& report);
+
+// The graded frame's closing line: how many edges fell below --min-sfr, or failed the limits
+// and the frame's verdict; nothing when not graded.
+void printGradeSummary(std::FILE* out, const FrameReport& report);
 void printCsv(std::FILE* out, const FrameReport& report);
 // printCsv's header line (no newline), and one row of it (with its newline): the edge columns
 // the report carries (EdgeColumns.h), then the frame's warnings; they follow the report's
