@@ -5,6 +5,7 @@
 #include <map>
 
 #include "api/ChartEdgeMeasurement.h"
+#include "detect/EdgeFlags.h"
 #include "locate/ChartRegistrationFit.h"
 
 namespace talonvireo {
@@ -67,8 +68,7 @@ FoundEdge predictedEdge(const ChartRegistration& r, const ChartEdge& edge, int p
     e.to = chartToFrame(r, edge.to);
     e.midpoint = chartToFrame(r, lerp(edge.from, edge.to, 0.5));
     e.length = std::hypot(e.to.x - e.from.x, e.to.y - e.from.y);
-    e.angleDeg =
-        std::fmod(std::atan2(e.to.y - e.from.y, e.to.x - e.from.x) * 180.0 / CV_PI + 180.0, 180.0);
+    e.angleDeg = detect::lineAngleDeg({e.from.x, e.from.y}, {e.to.x, e.to.y});
     e.polarity = polarity;
     e.straightLength = e.length;
     return e;

@@ -215,36 +215,52 @@ MemberFrameReport reportOnCentres(const MemberInfo& member, const SFRParam& used
 
 }  // namespace api
 
-int measureMemberFrame(const MemberInfo& member, const std::uint16_t* raw, int width, int height,
-                       const SFRParam& param, const MemberFrameOptions& options,
-                       MemberFrameReport& report) {
+namespace api {
+
+int memberFrame(const MemberInfo& member, const std::uint16_t* raw, int width, int height,
+                const SFRParam& param, const MemberFrameOptions& options, MemberFrameReport& report,
+                std::vector<SlotEdgeLine>* lines) {
     try {
         if (raw == nullptr || width <= 0 || height <= 0 ||
             static_cast<std::int64_t>(width) * height > INT32_MAX || !knownMember(member)) {
             return -1;
         }
-        const SFRParam used = api::memberParam(member, param);
+        const SFRParam used = memberParam(member, param);
         convert::WordDepth depth;
-        if (!api::wordDepthOf(member.bits, depth) || !api::acceptsParam(member, width, used) ||
+        if (!wordDepthOf(member.bits, depth) || !acceptsParam(member, width, used) ||
             options.whiteLevel < 0) {
             return -1;
         }
         const cv::Mat frame(height, width, CV_16UC1, const_cast<std::uint16_t*>(raw));
-        const cv::Mat grey = api::reduceToGrey(depth, member.road, frame);
+        const cv::Mat grey = reduceToGrey(depth, member.road, frame);
 
-        std::vector<EdgeCentre> centres(api::kMostSlots);
+        std::vector<EdgeCentre> centres(kMostSlots);
         int layoutStatus[2] = {-1, -1};
-        const int n = api::locateChart(grey, member.chart, used.markSearchSize, false,
-                                       centres.data(), api::kMostSlots, layoutStatus);
+        const int n = locateChart(grey, member.chart, used.markSearchSize, false, centres.data(),
+                                  kMostSlots, layoutStatus);
         if (n != member.slots) {
             return -1;
         }
         centres.resize(static_cast<std::size_t>(n));
-        report = api::reportOnCentres(member, used, options, frame, grey, centres, layoutStatus);
+        std::vector<SlotEdgeLine> found;
+        MemberFrameReport out = reportOnCentres(member, used, options, frame, grey, centres,
+                                                layoutStatus, lines != nullptr ? &found : nullptr);
+        report = std::move(out);
+        if (lines != nullptr) {
+            *lines = std::move(found);
+        }
         return 0;
     } catch (const std::exception&) {
         return -1;
     }
+}
+
+}  // namespace api
+
+int measureMemberFrame(const MemberInfo& member, const std::uint16_t* raw, int width, int height,
+                       const SFRParam& param, const MemberFrameOptions& options,
+                       MemberFrameReport& report) {
+    return api::memberFrame(member, raw, width, height, param, options, report, nullptr);
 }
 
 }  // namespace talonvireo

@@ -4,6 +4,7 @@
 // member's own.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include <opencv2/core.hpp>
@@ -32,6 +33,12 @@ MemberFrameReport reportOnCentres(const MemberInfo& member, const SFRParam& used
                                   const cv::Mat& grey, const std::vector<EdgeCentre>& centres,
                                   const int layoutStatus[2],
                                   std::vector<SlotEdgeLine>* lines = nullptr);
+
+// measureMemberFrame (same checks, same return), with each slot's edge line when `lines` is
+// given: a tracker's baseline from the same pass.
+int memberFrame(const MemberInfo& member, const std::uint16_t* raw, int width, int height,
+                const SFRParam& param, const MemberFrameOptions& options, MemberFrameReport& report,
+                std::vector<SlotEdgeLine>* lines);
 
 }  // namespace api
 }  // namespace talonvireo

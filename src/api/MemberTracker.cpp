@@ -87,7 +87,9 @@ MemberTracker::MemberTracker(const MemberInfo& member, const SFRParam& param,
 int MemberTracker::locate(const std::uint16_t* raw, int width, int height,
                           MemberFrameReport& report) {
     MemberFrameReport full;
-    const int status = measureMemberFrame(*member_, raw, width, height, param_, options_, full);
+    std::vector<api::SlotEdgeLine> lines;
+    const int status =
+        api::memberFrame(*member_, raw, width, height, param_, options_, full, &lines);
     if (status != 0) {
         return status;
     }
@@ -98,26 +100,12 @@ int MemberTracker::locate(const std::uint16_t* raw, int width, int height,
     lineOffsets_.clear();
     if (full.memberStatus == 0) {
         // The located centres, and where each lies from its edge: the baseline the chart's
-        // moves are read against. One pass over the located regions gives the lines.
-        std::vector<EdgeCentre> centres;
-        for (const SlotReport& s : full.slots) {
-            centres.push_back(s.centre);
+        // moves are read against.
+        for (std::size_t i = 0; i < full.slots.size(); ++i) {
+            centres_.push_back(full.slots[i].centre);
+            lineOffsets_.push_back(lines[i].valid ? lines[i].offset : std::nan(""));
         }
-        const SFRParam used = api::memberParam(*member_, param_);
-        convert::WordDepth depth = convert::WordDepth::k16;
-        api::wordDepthOf(member_->bits, depth);  // the member's own depth: always known
-        const cv::Mat frame(height, width, CV_16UC1, const_cast<std::uint16_t*>(raw));
-        cv::Mat grey(height, width, CV_8UC1);
-        api::reduceRegionsToGrey(depth, member_->road, frame, regionsOf(*member_, used, centres),
-                                 grey);
-        const int located[2] = {0, 0};
-        std::vector<api::SlotEdgeLine> lines;
-        api::reportOnCentres(*member_, used, options_, frame, grey, centres, located, &lines);
-        centres_ = centres;
-        for (const api::SlotEdgeLine& l : lines) {
-            lineOffsets_.push_back(l.valid ? l.offset : std::nan(""));
-        }
-        grey_.assign(grey.datastart, grey.dataend);
+        grey_.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0);
     }
     report = std::move(full);
     return 0;

@@ -41,10 +41,6 @@ void declare(OptionValues& o) {
         "and the focus window every edge shares.");
 }
 
-Json figureJson(double v) {
-    return std::isfinite(v) ? Json(v) : Json();
-}
-
 Json studyJson(const FocusStudy& s) {
     Json doc = documentHead("focus", "");
     doc["measurand"] = s.measurand;
@@ -72,10 +68,10 @@ Json studyJson(const FocusStudy& s) {
                          {"y_mm", e.yMm},
                          {"orientation", e.orientation},
                          {"zone", e.zone},
-                         {"best_focus_z_um", figureJson(e.curve.bestZ)},
-                         {"peak_sfr", figureJson(e.curve.peakSfr)},
-                         {"above_limit_from_z_um", figureJson(e.curve.fromZ)},
-                         {"above_limit_to_z_um", figureJson(e.curve.toZ)},
+                         {"best_focus_z_um", figure(e.curve.bestZ)},
+                         {"peak_sfr", figure(e.curve.peakSfr)},
+                         {"above_limit_from_z_um", figure(e.curve.fromZ)},
+                         {"above_limit_to_z_um", figure(e.curve.toZ)},
                          {"curve", curve}});
     }
     doc["edges"] = edges;
@@ -84,26 +80,26 @@ Json studyJson(const FocusStudy& s) {
         zones.push_back({{"zone", z.name},
                          {"from_field", z.fromField},
                          {"to_field", z.toField},
-                         {"tangential_best_focus_z_um", figureJson(z.tangentialZ)},
-                         {"sagittal_best_focus_z_um", figureJson(z.sagittalZ)},
-                         {"astigmatism_um", figureJson(z.astigmatism())},
+                         {"tangential_best_focus_z_um", figure(z.tangentialZ)},
+                         {"sagittal_best_focus_z_um", figure(z.sagittalZ)},
+                         {"astigmatism_um", figure(z.astigmatism())},
                          {"tangential_edges", z.tangential},
                          {"sagittal_edges", z.sagittal}});
     }
     doc["zones"] = zones;
     const FocusSurface& f = s.surface;
     doc["surface"] = {
-        {"best_focus_z_um", figureJson(f.z0)},
-        {"slope_x_um_per_mm", figureJson(f.slopeX)},
-        {"slope_y_um_per_mm", figureJson(f.slopeY)},
-        {"tilt_about_x_arcmin", figureJson(f.tiltAboutXArcmin)},
-        {"tilt_about_y_arcmin", figureJson(f.tiltAboutYArcmin)},
-        {"curvature_um_per_mm2", figureJson(f.curvature)},
-        {"residual_um", figureJson(f.residualRms)},
+        {"best_focus_z_um", figure(f.z0)},
+        {"slope_x_um_per_mm", figure(f.slopeX)},
+        {"slope_y_um_per_mm", figure(f.slopeY)},
+        {"tilt_about_x_arcmin", figure(f.tiltAboutXArcmin)},
+        {"tilt_about_y_arcmin", figure(f.tiltAboutYArcmin)},
+        {"curvature_um_per_mm2", figure(f.curvature)},
+        {"residual_um", figure(f.residualRms)},
         {"edges", f.points},
-        {"window_from_z_um", figureJson(s.window.fromZ)},
-        {"window_to_z_um", figureJson(s.window.toZ)},
-        {"window_centre_z_um", figureJson(s.window.exists() ? s.window.centreZ() : std::nan(""))}};
+        {"window_from_z_um", figure(s.window.fromZ)},
+        {"window_to_z_um", figure(s.window.toZ)},
+        {"window_centre_z_um", figure(s.window.exists() ? s.window.centreZ() : std::nan(""))}};
     return doc;
 }
 
