@@ -17,8 +17,11 @@
 #include "station/ChartJob.h"
 #include "station/EdgeColumns.h"
 #include "station/Failure.h"
+#include "station/FocusJson.h"
+#include "station/FocusStudy.h"
 #include "station/FrameGrading.h"
 #include "station/FrameJob.h"
+#include "station/FrameStream.h"
 #include "station/Limits.h"
 #include "station/Measurand.h"
 #include "station/Members.h"
@@ -685,6 +688,125 @@ py::object measureChartArray(const py::object& image, const std::string& chart,
     return edgeFrame(graded.report);
 }
 
+// The stack's frames: an iterable of (path, z) pairs, or the path of a "file,z" list.
+std::vector<station::FocusFrame> focusFrames(const py::object& frames) {
+    if (py::isinstance<py::str>(frames) || py::hasattr(frames, "__fspath__")) {
+        const std::string list = py::str(py::module_::import("os").attr("fspath")(frames));
+        try {
+            return station::readFocusList(list);
+        } catch (const station::Failure& e) {
+            raise(exceptionFor(e.cause()), e.what());
+        }
+    }
+    std::vector<station::FocusFrame> out;
+    for (const py::handle item : frames) {
+        const py::tuple pair = py::tuple(py::reinterpret_borrow<py::object>(item));
+        if (pair.size() != 2) {
+            raise("InvalidInput", "frames must be (path, z) pairs or a file,z list's path");
+        }
+        station::FocusFrame f;
+        f.path = py::str(py::module_::import("os").attr("fspath")(pair[0]));
+        f.z = pair[1].cast<double>();
+        if (!std::isfinite(f.z)) {
+            raise("InvalidInput", f.path + ": z must be finite");
+        }
+        out.push_back(f);
+    }
+    return out;
+}
+
+py::dict throughFocus(const py::object& frames, std::optional<std::string> member,
+                      std::optional<std::string> chart, const std::string& pixelPitch, int width,
+                      int height, const std::string& packing, double frequency, double minSfr,
+                      const std::string& bayer, int bits) {
+    if (member.has_value() == chart.has_value()) {
+        raise("InvalidInput", "through_focus measures with a member= or a chart=, one of them");
+    }
+    if (!(frequency > 0.0 && frequency <= 0.5)) {
+        raise("InvalidInput", "frequency must be above 0 and at most 0.5 cycles per pixel");
+    }
+    if (!(minSfr >= 0.0 && minSfr <= 2.0)) {
+        raise("InvalidInput", "min_sfr must be 0 .. 2");
+    }
+    const double divisor = std::abs(frequency - 0.125) < 1e-12 ? 0.0 : 0.5 / frequency;
+    const std::vector<station::Member> members = station::allMembers();
+    std::optional<station::Measurand> measurand;
+    station::FrameOptions options;
+    try {
+        if (member) {
+            const station::Member* m = station::findMember(members, *member);
+            if (m == nullptr) {
+                raise("InvalidInput", "unknown member '" + *member + "'");
+            }
+            options = fileOptions(*m, width, height, packing, 0, 0, 80, 100, divisor, std::nullopt,
+                                  "classic", false, pixelPitch);
+            measurand = station::memberMeasurand(*m);
+        } else {
+            if (*chart == "auto" || *chart == "AUTO") {
+                raise("InvalidInput",
+                      "through_focus needs edges that keep their slot from frame to frame: a "
+                      "member or a chart description, not chart='auto'");
+            }
+            options.layout.width = width;
+            options.layout.height = height;
+            options.layout.packing = station::parsePacking(packing);
+            options.param.freqDivisor = static_cast<float>(divisor);
+            options.pixelPitchUm = station::parsePixelPitch(pixelPitch);
+            station::ChartSamples samples;
+            samples.bayer = bayer;
+            samples.bits = bits;
+            measurand =
+                station::chartMeasurand(station::chooseChart(*chart), samples, bayer != "RG");
+        }
+    } catch (const station::Failure& e) {
+        raise(exceptionFor(e.cause()), e.what());
+    }
+    const std::vector<station::FocusFrame> stack = focusFrames(frames);
+    std::string text;
+    std::optional<station::Failure> failure;
+    {
+        py::gil_scoped_release unlocked;
+        try {
+            station::FrameStream stream(*measurand, options);
+            text = station::focusStudyJson(
+                       station::studyFocus(stream, stack, frequency, minSfr, options.pixelPitchUm))
+                       .dump(-1, ' ', false, station::Json::error_handler_t::replace);
+        } catch (const station::Failure& e) {
+            failure = e;
+        }
+    }
+    if (failure) {
+        raise(exceptionFor(failure->cause()), failure->what());
+    }
+    // The command line's JSON, as tables: one name for every figure.
+    const py::dict doc = py::module_::import("json").attr("loads")(text);
+    const py::object frame = py::module_::import("pandas").attr("DataFrame");
+    py::list edges, curves;
+    for (const py::handle e : doc["edges"]) {
+        py::dict row = py::reinterpret_borrow<py::dict>(e);
+        for (const py::handle point : row["curve"]) {
+            py::dict sample;
+            sample["edge"] = row["edge"];
+            sample["name"] = row["name"];
+            sample["z_um"] = point["z_um"];
+            sample["sfr"] = point["sfr"];
+            curves.append(sample);
+        }
+        py::dict copy(row);
+        copy.attr("pop")("curve");
+        edges.append(copy);
+    }
+    py::dict out;
+    out["edges"] = frame(edges);
+    out["curves"] =
+        frame(curves, py::arg("columns") = std::vector<std::string>{"edge", "name", "z_um", "sfr"});
+    out["zones"] = frame(doc["zones"]);
+    out["frames"] = frame(doc["frames"]);
+    py::dict surface = doc["surface"];
+    out["surface"] = surface;
+    return out;
+}
+
 }  // namespace
 
 PYBIND11_MODULE(talonvireo, m) {
@@ -788,6 +910,25 @@ PYBIND11_MODULE(talonvireo, m) {
           "sfr for a mosaic (e.g. 0x021, Bayer16 R G) with bits= its significant bits. A frame "
           "with no quadrilateral gives an empty DataFrame and a warning. Raises InvalidInput, "
           "ChartNotLocated (a description that does not register), TypeError.");
+    m.def("through_focus", &throughFocus, py::arg("frames"), py::arg("member") = py::none(),
+          py::kw_only(), py::arg("chart") = py::none(), py::arg("pixel_pitch"),
+          py::arg("width") = 0, py::arg("height") = 0, py::arg("packing") = "words16",
+          py::arg("frequency") = 0.125, py::arg("min_sfr") = 0.3, py::arg("bayer") = "RG",
+          py::arg("bits") = 0,
+          "Measures a through-focus stack as talonvireo-sfr focus does (a member's chart "
+          "tracked from frame to frame, or a chart description's slots) and returns a dict: "
+          "'edges' (DataFrame, one row per edge: edge, name, x, y, x_mm, y_mm, orientation, "
+          "zone, best_focus_z_um, peak_sfr, above_limit_from_z_um, above_limit_to_z_um, "
+          "samples_fitted), 'curves' (DataFrame: edge, name, z_um, sfr), 'zones' (DataFrame: "
+          "tangential and sagittal best focus and astigmatism per field zone), 'frames' "
+          "(DataFrame: file, z_um, relocated, error) and 'surface' (dict: best_focus_z_um, "
+          "slope_x_um_per_mm, slope_y_um_per_mm, tilt_about_x_arcmin, tilt_about_y_arcmin, "
+          "curvature_um_per_mm2, residual_um, edges, window_from_z_um, window_to_z_um, "
+          "window_centre_z_um). frames: (path, z in um) pairs or the path of a file,z list. "
+          "pixel_pitch: such as '1.4um'. frequency: cycles per pixel (default Nyquist/4); "
+          "min_sfr: the limit of each edge's depth and of the common window. Best focus is the "
+          "peak of a parabola fitted to the logarithm of the SFR near its maximum (exact for a "
+          "Gaussian defocus). Raises InvalidInput and the failures of measure_files.");
     m.def("sfr", &sfr, py::arg("region"), py::arg("format") = py::none(),
           py::arg("frequencies") = std::vector<double>{}, py::arg("normal_axis") = false,
           py::arg("method") = "classic", py::arg("per_channel_raw") = false,

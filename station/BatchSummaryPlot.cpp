@@ -9,6 +9,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "station/PlotAxes.h"
+#include "station/PlotColours.h"
 #include "station/PlotFigures.h"
 
 namespace talonvireo {
@@ -17,8 +18,7 @@ namespace station {
 namespace {
 constexpr double kBeyond = std::numeric_limits<double>::infinity();
 const cv::Scalar kInk(40, 40, 40);
-// Okabe-Ito blue and vermilion: apart for every colour vision.
-const cv::Scalar kColours[2] = {cv::Scalar(178, 114, 0), cv::Scalar(0, 94, 213)};
+const cv::Scalar kColours[2] = {palette::kTangential, palette::kSagittal};
 const char* const kOrientations[2] = {"tangential", "sagittal"};
 
 struct Band {

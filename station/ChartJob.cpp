@@ -232,17 +232,25 @@ ChartFrame readChartFrame(const std::string& path, const RawLayout& layout,
     if (layout.width <= 0 || layout.height <= 0) {
         throw Failure(Cause::BadInput, "a raw file needs --width and --height");
     }
-    f.image = readFrame(path, layout);
-    const int phase = phaseNamed(samples.bayer);
-    f.bits = samples.bits > 0 ? samples.bits : packingBits(layout.packing);
+    const int bits = samples.bits > 0 ? samples.bits : packingBits(layout.packing);
+    f = chartFrameOfSamples(readFrame(path, layout), samples.bayer, bits, path);
+    f.grey = pictureOf(f);
+    return f;
+}
+
+ChartFrame chartFrameOfSamples(const cv::Mat& samples, const std::string& bayer, int bits,
+                               const std::string& name) {
+    ChartFrame f;
+    f.image = samples;
+    const int phase = phaseNamed(bayer);
+    f.bits = bits;
     if (f.image.depth() == CV_8U) {
         f.format = phase ? pf::Bayer8 + phase : pf::Grey8;
         f.bits = 0;
     } else {
         f.format = phase ? pf::Bayer16 + phase : pf::Grey16;
     }
-    checkBits(f.image, f.bits, path);
-    f.grey = pictureOf(f);
+    checkBits(f.image, f.bits, name);
     return f;
 }
 

@@ -51,6 +51,12 @@ struct ChartSamples {
 ChartFrame readChartFrame(const std::string& path, const RawLayout& layout,
                           const ChartSamples& samples, bool samplesGiven);
 
+// Raw samples (CV_16UC1 words of `bits` significant bits, or CV_8UC1) as a frame: a mosaic of
+// phase `bayer` ("none": grey). Throws Failure naming `name` for samples deeper than `bits`.
+// No picture (`grey` stays empty).
+ChartFrame chartFrameOfSamples(const cv::Mat& samples, const std::string& bayer, int bits,
+                               const std::string& name);
+
 // Measures `frame` as `chart`: one row per edge (per description slot, or per found side),
 // with its state, centre, region, figures, levels, clipping and zone; the report's chart and
 // registration filled in. Throws Failure: bad input, or Cause::WrongChart when a description

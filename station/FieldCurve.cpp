@@ -10,6 +10,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "station/PlotAxes.h"
+#include "station/PlotColours.h"
 #include "station/PlotFigures.h"
 
 namespace talonvireo {
@@ -21,11 +22,11 @@ const cv::Scalar kInk(40, 40, 40);
 
 struct Series {
     const char* name;
-    cv::Scalar colour;  // Okabe-Ito blue and vermilion: apart for every colour vision
+    cv::Scalar colour;
     bool square;
 };
-const Series kSeries[] = {{"tangential", cv::Scalar(178, 114, 0), false},
-                          {"sagittal", cv::Scalar(0, 94, 213), true}};
+const Series kSeries[] = {{"tangential", palette::kTangential, false},
+                          {"sagittal", palette::kSagittal, true}};
 
 void marker(cv::Mat& img, cv::Point at, const Series& se) {
     if (se.square) {

@@ -1,4 +1,5 @@
 #include "station/FieldPlot.h"
+#include "station/PlotColours.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,7 +46,7 @@ double fitting(const std::string& s, double scale, int weight) {
 // A partial report's figures are not the member's verdict: a vermilion strip across the top
 // says so before anything else is read, with the member's failure, shrunk to fit the width.
 void partialBanner(cv::Mat& canvas, const FrameReport& report) {
-    cv::rectangle(canvas, cv::Rect(0, 0, kWidth, kBanner), cv::Scalar(0, 94, 213), cv::FILLED);
+    cv::rectangle(canvas, cv::Rect(0, 0, kWidth, kBanner), palette::kVermilion, cv::FILLED);
     const std::string line = "PARTIAL: " + report.memberFailure;
     const double scale = fitting(line, 0.6, 2);
     text(canvas, line, {10, kBanner / 2 + 7}, scale, cv::Scalar(255, 255, 255),

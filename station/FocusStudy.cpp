@@ -83,9 +83,25 @@ std::vector<FocusZone> focusZones() {
     return {centre, middle, outer};
 }
 
-FocusStudy studyFocus(const Measurand& measurand, std::vector<FocusFrame> frames,
-                      const FrameOptions& options, double frequency, double minSfr,
-                      double pixelPitchUm) {
+std::string focusZoneOf(const std::vector<FocusZone>& zones, double x, double y, int width,
+                        int height) {
+    const double cx = 0.5 * (width - 1), cy = 0.5 * (height - 1);
+    const double field = std::hypot(x - cx, y - cy) / (0.5 * std::hypot(width, height));
+    for (const FocusZone& z : zones) {
+        if (field >= z.fromField && field <= z.toField) {
+            return z.name;
+        }
+    }
+    return "";
+}
+
+double focusSfr(const EdgeRow& row, double frequency) {
+    return std::abs(frequency - 0.125) < 1e-12 ? row.measured.sfrQuarterNyquist
+                                               : row.measured.sfrCustom;
+}
+
+FocusStudy studyFocus(FrameStream& stream, std::vector<FocusFrame> frames, double frequency,
+                      double minSfr, double pixelPitchUm) {
     if (frames.size() < 3) {
         throw Failure(Cause::BadInput, "a through-focus stack needs three frames or more");
     }
@@ -100,9 +116,8 @@ FocusStudy studyFocus(const Measurand& measurand, std::vector<FocusFrame> frames
                           "two frames at z " + std::to_string(frames[i].z) + " um");
         }
     }
-    const bool quarter = std::abs(frequency - 0.125) < 1e-12;
     FocusStudy study;
-    study.measurand = measurand.name();
+    study.measurand = stream.measurand().name();
     study.frequency = frequency;
     study.minSfr = minSfr;
     study.pixelPitchUm = pixelPitchUm;
@@ -114,7 +129,7 @@ FocusStudy studyFocus(const Measurand& measurand, std::vector<FocusFrame> frames
     for (const FocusFrame& frame : frames) {
         std::string error;
         try {
-            const GradedFrame graded = gradeFrame(measurand, frame.path, options);
+            const GradedFrame graded = stream.gradeFile(frame.path);
             const FrameReport& r = graded.report;
             width = r.width;
             height = r.height;
@@ -135,8 +150,7 @@ FocusStudy studyFocus(const Measurand& measurand, std::vector<FocusFrame> frames
                 if (e.orientation.empty() || e.orientation == "none") {
                     e.orientation = row.field.orientation;
                 }
-                const double sfr =
-                    quarter ? row.measured.sfrQuarterNyquist : row.measured.sfrCustom;
+                const double sfr = focusSfr(row, frequency);
                 if (std::isfinite(sfr)) {
                     e.samples.push_back({frame.z, sfr});
                 }
@@ -145,9 +159,11 @@ FocusStudy studyFocus(const Measurand& measurand, std::vector<FocusFrame> frames
             error = f.what();
         }
         study.frameErrors.push_back(error);
+        study.frameRelocated.push_back(error.empty() && stream.relocated());
     }
+    study.width = width;
+    study.height = height;
     const double cx = 0.5 * (width - 1), cy = 0.5 * (height - 1);
-    const double halfDiagonal = 0.5 * std::hypot(width, height);
     std::vector<FocusPoint> points;
     std::vector<FocusCurve> curves;
     for (auto& [index, e] : edges) {
@@ -155,13 +171,7 @@ FocusStudy studyFocus(const Measurand& measurand, std::vector<FocusFrame> frames
         e.y /= seen[index];
         e.xMm = (e.x - cx) * pixelPitchUm / 1000.0;
         e.yMm = (e.y - cy) * pixelPitchUm / 1000.0;
-        const double field = std::hypot(e.x - cx, e.y - cy) / halfDiagonal;
-        for (const FocusZone& z : study.zones) {
-            if (field >= z.fromField && field <= z.toField) {
-                e.zone = z.name;
-                break;
-            }
-        }
+        e.zone = focusZoneOf(study.zones, e.x, e.y, width, height);
         e.curve = fitFocusCurve(e.samples, minSfr);
         curves.push_back(e.curve);
         if (e.curve.bracketed()) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "station/Measurand.h"
+#include "station/FrameStream.h"
 #include "station/ThroughFocus.h"
 
 namespace talonvireo {
@@ -56,6 +56,9 @@ struct FocusStudy {
     double pixelPitchUm = 0.0;
     std::vector<FocusFrame> frames;        // in z order
     std::vector<std::string> frameErrors;  // one per frame: empty when measured
+    std::vector<bool> frameRelocated;      // one per frame: located afresh (not tracked)
+    int width = 0;                         // the frames' size, pixels
+    int height = 0;
     std::vector<FocusEdge> edges;
     std::vector<FocusZone> zones;
     FocusSurface surface;
@@ -66,13 +69,20 @@ struct FocusStudy {
 // 70 %), outer.
 std::vector<FocusZone> focusZones();
 
-// Measures every frame with `measurand` and `options` (a frequency other than Nyquist/4 needs
-// options.param.freqDivisor = 0.5 / frequency) and analyses the stack. A frame that cannot be
-// measured is recorded in frameErrors and left out. Failure (bad input) for fewer than three
-// frames, a repeated z or a pixel pitch not above 0.
-FocusStudy studyFocus(const Measurand& measurand, std::vector<FocusFrame> frames,
-                      const FrameOptions& options, double frequency, double minSfr,
-                      double pixelPitchUm);
+// The zone of field point (x, y) on a width x height frame ("" outside every zone).
+std::string focusZoneOf(const std::vector<FocusZone>& zones, double x, double y, int width,
+                        int height);
+
+// Measures every frame through `stream` (a member's chart tracked from frame to frame; a
+// frequency other than Nyquist/4 needs the stream's options.param.freqDivisor = 0.5 /
+// frequency) and analyses the stack. A frame that cannot be measured is recorded in
+// frameErrors and left out. Failure (bad input) for fewer than three frames, a repeated z or a
+// pixel pitch not above 0.
+FocusStudy studyFocus(FrameStream& stream, std::vector<FocusFrame> frames, double frequency,
+                      double minSfr, double pixelPitchUm);
+
+// An edge's SFR at the study's frequency: Nyquist/4's figure, or the custom frequency's.
+double focusSfr(const EdgeRow& row, double frequency);
 
 }  // namespace station
 }  // namespace talonvireo

@@ -32,15 +32,10 @@ bool showsMtf50(const FrameOptions& options) {
            std::isfinite(options.pixelPitchUm);
 }
 
-// The frame's words, with what its file says about them: a camera raw file's declared white
-// level (0 when none is below the member's full scale) and what is odd about its samples.
-struct FrameWords {
-    cv::Mat raw;
-    int whiteLevel = 0;
-};
+}  // namespace
 
-FrameWords readWords(const Member& member, const std::string& path, const FrameOptions& options,
-                     std::vector<std::string>& warnings) {
+FrameWords readFrameWords(const Member& member, const std::string& path,
+                          const FrameOptions& options, std::vector<std::string>& warnings) {
     FrameWords out;
     const int fullScale = (1 << member.bits) - 1;
     if (isCameraRawPath(path)) {
@@ -69,7 +64,6 @@ FrameWords readWords(const Member& member, const std::string& path, const FrameO
     }
     return out;
 }
-}  // namespace
 
 FrameReport reportLayout(const Member& member, const FrameOptions& options) {
     FrameReport report;
@@ -90,22 +84,35 @@ GradedFrame gradeFrameFile(const Member& member, const std::string& path,
                            const FrameOptions& options) {
     checkFrameOptions(options);
     std::vector<std::string> warnings;
+    FrameWords words;
+    try {
+        words = readFrameWords(member, path, options, warnings);
+    } catch (Failure& failure) {
+        failure.addWarnings(warnings);
+        throw;
+    }
+    return gradeFrameWords(member, words.raw, words.whiteLevel, options, path, nullptr, warnings);
+}
+
+GradedFrame gradeFrameWords(const Member& member, const cv::Mat& raw, int whiteLevel,
+                            const FrameOptions& options, const std::string& input,
+                            MemberTracker* tracker, std::vector<std::string> warnings) {
+    checkFrameOptions(options);
     try {
         GradedFrame out;
-        FrameWords words = readWords(member, path, options, warnings);
-        out.raw = words.raw;
+        out.raw = raw;
         validateParam(member, out.raw.cols, options.param);
         const int largest = checkSampleDepth(member, out.raw, warnings);
         MeasureOptions what;
         what.precise = options.precise;
         what.planes = options.planes;
-        what.whiteLevel = words.whiteLevel;
+        what.whiteLevel = whiteLevel;
         FrameReport& report = out.report;
-        report = measureRawFrame(member, out.raw, options.param, what);
+        report = measureRawFrame(member, out.raw, options.param, what, tracker);
         report.largestSample = largest;
         report.warnings.insert(report.warnings.begin(), warnings.begin(), warnings.end());
         warnings = report.warnings;
-        report.input = path;
+        report.input = input;
         if (!options.partial) {
             requireMemberSuccess(report);
         }

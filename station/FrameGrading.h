@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <opencv2/core.hpp>
 
@@ -53,6 +54,18 @@ struct GradedFrame {
     FrameReport report;
 };
 
+// A frame file's words, with what its file says about them: a camera raw file's declared
+// white level (0 when none is below the member's full scale).
+struct FrameWords {
+    cv::Mat raw;
+    int whiteLevel = 0;
+};
+
+// Reads `path` as gradeFrameFile does, adding what is odd about its samples to `warnings`.
+// Throws Failure.
+FrameWords readFrameWords(const Member& member, const std::string& path,
+                          const FrameOptions& options, std::vector<std::string>& warnings);
+
 // Reads `path` (a raw file in options.layout, a 16-bit image, or a camera raw file such as
 // DNG, whose mosaic must be RGGB and no deeper than the member's), checks it against the member,
 // measures it in one pass, checks the chart fit, fills every edge's field position, flags the
@@ -62,6 +75,15 @@ struct GradedFrame {
 // as the reason; a flagged edge fails any limit, with its flags.
 GradedFrame gradeFrameFile(const Member& member, const std::string& path,
                            const FrameOptions& options);
+
+// gradeFrameFile's work after reading: `raw` (CV_16UC1 words, `whiteLevel` 0 for the member's
+// full scale) graded as the frame `input` names, with the warnings reading it gave. With a
+// tracker, the member's pass is the tracker's: the chart followed from the stream's previous
+// frame (the tracker must have been made with these options' parameters).
+GradedFrame gradeFrameWords(const Member& member, const cv::Mat& raw, int whiteLevel,
+                            const FrameOptions& options, const std::string& input,
+                            MemberTracker* tracker = nullptr,
+                            std::vector<std::string> warnings = {});
 
 }  // namespace station
 }  // namespace talonvireo

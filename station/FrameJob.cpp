@@ -1,7 +1,9 @@
 #include "station/FrameJob.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <string>
 
 #include "station/EdgePlausibility.h"
@@ -100,7 +102,7 @@ FrameReport frameReportOf(const Member& member, const MemberFrameReport& pass,
 }
 
 FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRParam& param,
-                            const MeasureOptions& options) {
+                            const MeasureOptions& options, MemberTracker* tracker) {
     if (raw.type() != CV_16UC1 || !raw.isContinuous()) {
         throw Failure(Cause::Failed, "internal: the frame is not packed 16-bit words");
     }
@@ -111,8 +113,11 @@ FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRP
     what.whiteLevel = options.whiteLevel;
     MemberFrameReport pass;
     const auto start = std::chrono::steady_clock::now();
-    if (measureMemberFrame(*member.info, raw.ptr<std::uint16_t>(), raw.cols, raw.rows, param, what,
-                           pass) != 0) {
+    const int status = tracker != nullptr
+                           ? tracker->measure(raw.ptr<std::uint16_t>(), raw.cols, raw.rows, pass)
+                           : measureMemberFrame(*member.info, raw.ptr<std::uint16_t>(), raw.cols,
+                                                raw.rows, param, what, pass);
+    if (status != 0) {
         throw Failure(Cause::Failed, "the frame could not be measured (" + member.name +
                                          " refused it or ran out of memory)");
     }
@@ -152,9 +157,33 @@ void requireChartFit(const FrameReport& report, double limitPx) {
     throw Failure(Cause::WrongChart, text);
 }
 
+namespace {
+
+// The largest word of a CV_16UC1 frame: rows in parallel, each a plain loop the compiler
+// vectorises (a live feed pays this on every frame).
+double largestSample(const cv::Mat& raw) {
+    if (raw.type() != CV_16UC1) {
+        double largest = 0.0;
+        cv::minMaxLoc(raw.reshape(1), nullptr, &largest);
+        return largest;
+    }
+    int largest = 0;
+#pragma omp parallel for reduction(max : largest) schedule(static)
+    for (int r = 0; r < raw.rows; ++r) {
+        const std::uint16_t* row = raw.ptr<std::uint16_t>(r);
+        std::uint16_t most = 0;
+        for (int c = 0; c < raw.cols; ++c) {
+            most = std::max(most, row[c]);
+        }
+        largest = std::max(largest, static_cast<int>(most));
+    }
+    return largest;
+}
+
+}  // namespace
+
 int checkSampleDepth(const Member& member, const cv::Mat& raw, std::vector<std::string>& warnings) {
-    double largest = 0.0;
-    cv::minMaxLoc(raw, nullptr, &largest);
+    const double largest = largestSample(raw);
     const double fullScale = std::ldexp(1.0, member.bits) - 1.0;
     if (largest > fullScale) {
         throw Failure(Cause::SampleDepth,

@@ -9,6 +9,7 @@
 
 #include "station/EdgeReport.h"
 #include "station/Members.h"
+#include "talonvireo/MemberTracker.h"
 
 namespace talonvireo {
 namespace station {
@@ -38,9 +39,10 @@ struct MeasureOptions {
 // validateParam, then one pass of the member over `raw` (CV_16UC1): a row per record slot with
 // what became of it and every figure the pass gives. When the member fails, the report is
 // still whole and says why (FrameReport::memberFailure, memberCause); requireMemberSuccess
-// turns that into a Failure. Throws Failure for bad arguments or an internal failure.
+// turns that into a Failure. Throws Failure for bad arguments or an internal failure. With a
+// tracker (made with `param` and `options`), its pass replaces the member's.
 FrameReport measureRawFrame(const Member& member, const cv::Mat& raw, const SFRParam& param,
-                            const MeasureOptions& options = {});
+                            const MeasureOptions& options = {}, MemberTracker* tracker = nullptr);
 
 // The station's report of one pass of `member` (measureMemberFrame's, or a tracker's): a row
 // per record slot, and the member's failure explained when it failed.

@@ -1,4 +1,5 @@
 #include "station/Overlay.h"
+#include "station/PlotColours.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,14 +14,13 @@ namespace talonvireo {
 namespace station {
 
 namespace {
-// Okabe-Ito sky blue and vermilion: apart for every colour vision, and both light enough to
-// read over the chart's dark squares behind a black outline.
-const cv::Scalar kPass(233, 180, 86);
-const cv::Scalar kFail(0, 94, 213);
+// Both light enough to read over the chart's dark squares behind a black outline.
+const cv::Scalar kPass = palette::kSkyBlue;
+const cv::Scalar kFail = palette::kVermilion;
 const cv::Scalar kUngraded(0, 220, 255);
 const cv::Scalar kNotMeasured(255, 0, 255);
-// On the white band the darker Okabe-Ito blue reads better than the sky blue.
-const cv::Scalar kPassInk(178, 114, 0);
+// On the white band the darker blue reads better than the sky blue.
+const cv::Scalar kPassInk = palette::kBlue;
 const cv::Scalar kInk(30, 30, 30);
 constexpr int kFont = cv::FONT_HERSHEY_SIMPLEX;
 

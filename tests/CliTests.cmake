@@ -563,6 +563,62 @@ cli_test(NAME batch.chart.RecordsEveryEdgeOfEveryFrame STATUS 1
     ARGS batch h6.raw q8.raw --width 4000 --height 3000 --bits 10 --chart HLX6C
         --db chart.sqlite --csv chart.csv)
 
+# ---- render --chart with the focus model: a stack, its list and its truth ----
+cli_test(NAME render.WritesAFocusStackWithItsListAndTruth FIXTURE STATUS 0
+    MATCH "HLX6C chart, 4000 x 3000, 10 bits Bayer RG, .*, 9 focus positions -15 \\.\\. 25 um: rendered in .*\nwrote fstack-00\\.raw \\.\\. fstack-08\\.raw, fstack\\.png, fstack\\.csv, fstack\\.json"
+    FILES fstack-00.raw fstack-08.raw fstack.png fstack.csv fstack.json JSON_FILES fstack.json
+    ARGS render --chart HLX6C --bits 10 --bayer --sigma 0.8 --focus-stack -15:25:5 --best-focus 5
+        --focus-slope-x 3 --focus-slope-y -2 --astigmatism 4 --read-noise 1 --out fstack)
+# Each edge's foci: T - S = a rho^2, its best focus between them, and its sigma at the position
+# nearest best focus at least the focused one widened by its own defocus there.
+add_test(NAME Cli.render.FocusStackTruthGivesEveryEdgesFoci
+    COMMAND python3 -c "import json, sys
+d = json.load(open('fstack.json'))
+f = d['focus']
+lines = open('fstack.csv').read().split()
+rho2 = lambda e: ((e['x'] - 1999.5) ** 2 + (e['y'] - 1499.5) ** 2) / 2500.0 ** 2
+low = lambda e: min(e['tangential_z_um'], e['sagittal_z_um']) - 1e-9
+high = lambda e: max(e['tangential_z_um'], e['sagittal_z_um']) + 1e-9
+ok = (f['positions_um'] == list(range(-15, 30, 5)) and 'lens_z_um' not in f
+      and f['best_focus_z_um'] == 5 and f['slope_x_um_per_mm'] == 3 and f['astigmatism_um'] == 4
+      and f['defocus_gain_px_per_um'] == 0.1 and f['pixel_pitch_um'] == 1.4
+      and len(d['edges']) == 52
+      and all(abs(e['tangential_z_um'] - e['sagittal_z_um'] - 4 * rho2(e)) < 1e-9 for e in d['edges'])
+      and all(low(e) <= e['best_focus_z_um'] <= high(e) for e in d['edges'])
+      and all(e['sigma'] ** 2 >= 0.64 + 0.01 * (5 - e['best_focus_z_um']) ** 2 - 1e-9 for e in d['edges'])
+      and all(abs(e['x_mm'] - (e['x'] - 1999.5) * 1.4e-3) < 1e-9 for e in d['edges'])
+      and lines == ['file,z'] + ['fstack-%02d.raw,%d' % (i, z) for i, z in enumerate(range(-15, 30, 5))])
+sys.exit(0 if ok else 'the stack truth or list is wrong: ' + json.dumps(f) + ' ' + ' '.join(lines))"
+    WORKING_DIRECTORY ${cli_dir})
+set_tests_properties(Cli.render.FocusStackTruthGivesEveryEdgesFoci
+    PROPERTIES FIXTURES_REQUIRED CliFrames)
+cli_test(NAME focus.FindsTheSurfaceOfARenderedStackFromItsList STATUS 0
+    JSON_CHECK "abs(d['surface']['best_focus_z_um'] - 5) < 0.5 and abs(d['surface']['slope_x_um_per_mm'] - 3) < 0.3 and abs(d['surface']['slope_y_um_per_mm'] + 2) < 0.3 and len(d['edges']) == 52"
+    ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 --pixel-pitch 1.4um
+        --z-list fstack.csv --json)
+cli_test(NAME render.WritesOneFrameAtALensPosition STATUS 0
+    MATCH "HLX6C chart, 800 x 600, 8 bits, .*, focus at 12\\.5 um: rendered in .*\nwrote fz\\.raw, fz\\.png, fz\\.json"
+    FILES fz.raw fz.json JSON_FILES fz.json
+    ARGS render --chart HLX6C --bits 8 --width 800 --height 600 --focus-z 12.5
+        --focus-curvature -1 --pixel-pitch 1120nm --out fz)
+cli_test(NAME render.RefusesAMalformedFocusStack STATUS 2
+    MATCH "--focus-stack takes FROM:TO:STEP in um, such as -20:20:2\\.5, not '-20:20'"
+    ARGS render --chart HLX6C --focus-stack -20:20 --out x)
+cli_test(NAME render.RefusesAFocusStackOfMoreThan61Positions STATUS 2
+    MATCH "--focus-stack '-100:100:1' gives 201 positions, at most 61"
+    ARGS render --chart HLX6C --focus-stack -100:100:1 --out x)
+cli_test(NAME render.RefusesAFocusStackRunningDown STATUS 2 MATCH "TO is below FROM"
+    ARGS render --chart HLX6C --focus-stack 20:-20:2 --out x)
+cli_test(NAME render.FocusZAndFocusStackExcludeEachOther STATUS 2
+    MATCH "--focus-z and --focus-stack exclude each other"
+    ARGS render --chart HLX6C --focus-z 0 --focus-stack -20:20:2.5 --out x)
+cli_test(NAME render.BestFocusNeedsALensPosition STATUS 2
+    MATCH "--best-focus needs --focus-z or --focus-stack"
+    ARGS render --chart HLX6C --best-focus 5 --out x)
+cli_test(NAME render.RefusesADefocusBeyondFiftyPixels STATUS 2
+    MATCH "at lens position 100 um the defocus blurs the frame to sigma 100 px, beyond 50"
+    ARGS render --chart HLX6C --focus-z 100 --defocus-gain 1 --out x)
+
 # ---- focus: a through-focus stack, best focus 5 um (sigma^2 = 0.8^2 + (0.05 (z - 5))^2) ----
 foreach(step "m15;1.2806" "m5;0.9434" "p5;0.8" "p15;0.9434" "p35;1.7")
     list(GET step 0 name)
@@ -579,6 +635,22 @@ cli_test(NAME focus.PrintsTheSurfaceAndTheWindow STATUS 0
     ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 --pixel-pitch 1.4um
         focus-m15.raw@-15 focus-m5.raw@-5 focus-p5.raw@5 focus-p15.raw@15 focus-p35.raw@35
         --min-sfr 0.5)
+cli_test(NAME focus.DrawsTheCurvesAndTheMap STATUS 0 MATCH "wrote fp-curves.png, fp-map.png"
+    FILES fp-curves.png fp-map.png
+    ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 --pixel-pitch 1.4um
+        focus-m15.raw@-15 focus-m5.raw@-5 focus-p5.raw@5 focus-p15.raw@15 focus-p35.raw@35
+        --plot fp)
+cli_test(NAME focus.live.RefusesFrameFilesBesideTheFeed STATUS 2
+    MATCH "--live reads its frames from standard input"
+    ARGS focus --live --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000
+        focus-m5.raw@-5)
+cli_test(NAME focus.live.NeedsTheFrameSize STATUS 2 MATCH "--live needs --width and --height"
+    ARGS focus --live --member talonvireoSFR_raw10_HLX6C)
+cli_test(NAME focus.live.ReadsUnpackedWordsOnly STATUS 2 MATCH "16-bit words, unpacked"
+    ARGS focus --live --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000
+        --packing mipi10)
+cli_test(NAME render.FocusGoesWithAChartDescription STATUS 2 MATCH "--focus-z goes with --chart"
+    ARGS render --project HLX6C --focus-z 5 --out x)
 cli_test(NAME focus.NeedsThreeFrames STATUS 2 MATCH "three frames or more"
     ARGS focus --member talonvireoSFR_raw10_HLX6C --width 4000 --height 3000 --pixel-pitch 1.4um
         focus-m5.raw@-5 focus-p5.raw@5)

@@ -2,12 +2,14 @@
 // renderer where the two meet, each edge's half-level crossing and blur on the truth's line
 // and sigma under barrel and pincushion distortion, the bow of a distorted side, the frame
 // distance to a side's image, levels, fall-off, noise and mosaic gains on flat patches,
-// clutter where it was asked for, the grid builders, and the settings it refuses.
+// clutter where it was asked for, defocus over the field against its closed form, the grid
+// builders, and the settings it refuses.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -15,6 +17,7 @@
 #include "render/ChartRenderer.h"
 #include "render/DescriptionRenderer.h"
 #include "render/DescriptionTruth.h"
+#include "render/FocusField.h"
 #include "render/FrameLine.h"
 #include "render/GridChart.h"
 #include "render/SfrTruth.h"
@@ -823,6 +826,268 @@ TEST(GridChart, TheMixHasTrapezoidsAndRectanglesWithEverySideOffTheAxes) {
     EXPECT_EQ(probed, 432);
 }
 
+// ---- Defocus over the field ----
+
+// The sigma across unit normal (nx, ny) at frame point p, straight from the focus model's
+// definition: the surface, the two foci, the elliptical PSF's variance along the normal.
+double modelSigmaAcross(const DescriptionRenderSettings& s, ChartPoint p, double nx, double ny) {
+    const FrameField field = FrameField::of(s.width, s.height);
+    const double rho2 = field.rho2(p.x, p.y);
+    const double s0 = s.sigmaCentre + (s.sigmaCorner - s.sigmaCentre) * std::min(rho2, 1.0);
+    const FocusSettings& f = s.focus;
+    const double dx = p.x - field.centreX, dy = p.y - field.centreY;
+    const double x = dx * f.pixelPitchUm / 1000.0, y = dy * f.pixelPitchUm / 1000.0;
+    const double zb = f.bestFocusZ + f.slopeX * x + f.slopeY * y + f.curvature * (x * x + y * y);
+    const double zT = zb + 0.5 * f.astigmatism * rho2, zS = zb - 0.5 * f.astigmatism * rho2;
+    const double g = f.defocusGain;
+    const double radial2 = s0 * s0 + g * g * (f.lensZ - zT) * (f.lensZ - zT);
+    const double azimuthal2 = s0 * s0 + g * g * (f.lensZ - zS) * (f.lensZ - zS);
+    const double cosPhi = (nx * dx + ny * dy) / std::hypot(dx, dy);
+    return std::sqrt(radial2 * cosPhi * cosPhi + azimuthal2 * (1.0 - cosPhi * cosPhi));
+}
+
+// The unit normal of edge t's image at its midpoint, from the model's tangent.
+ChartPoint edgeNormal(const ChartDescription& d, const DescriptionRenderSettings& s,
+                      const DescriptionEdgeTruth& t) {
+    ChartPoint a, b;
+    edgeEnds(d, t, a, b);
+    const ChartPoint tangent = modelTangent(s.placement, a, b, 0.5);
+    const double norm = std::hypot(tangent.x, tangent.y);
+    return {-tangent.y / norm, tangent.x / norm};
+}
+
+// The blur `levels` shows across edge t at its midpoint.
+double measuredSigma(const cv::Mat& levels, const ChartDescription& d,
+                     const DescriptionRenderSettings& s, const DescriptionEdgeTruth& t) {
+    ChartPoint a, b;
+    edgeEnds(d, t, a, b);
+    const ChartPoint tangent = modelTangent(s.placement, a, b, 0.5);
+    const Probe probe =
+        probeEdge(levels, t.midpoint, tangent.x, tangent.y, 0.5 * (s.dark + s.light), 20);
+    EXPECT_TRUE(probe.ok) << "shape " << t.shape << " side " << t.side;
+    EXPECT_LE(std::abs(probe.offset), 0.02) << "shape " << t.shape << " side " << t.side;
+    return probe.sigma;
+}
+
+// A focus surface tilted both ways and curved, its gain strong enough to see.
+FocusSettings tiltedCurvedSurface(double astigmatism) {
+    FocusSettings f;
+    f.on = true;
+    f.bestFocusZ = 4.0;
+    f.slopeX = 3.0;
+    f.slopeY = -2.0;
+    f.curvature = 0.5;
+    f.astigmatism = astigmatism;
+    f.defocusGain = 0.2;
+    f.pixelPitchUm = 1.4;
+    return f;
+}
+
+TEST(DescriptionRenderer, FocusModelOffRendersExactlyAsWithoutIt) {
+    ChartDescription d = gridChart();
+    d.marks.push_back({{2050.0, 1480.0}, 60.0, 1});
+    DescriptionRenderSettings s = wordsFrame(4000, 3000);
+    s.placement.k1 = -0.05;
+    s.sigmaCentre = 0.8;
+    s.sigmaCorner = 1.6;
+    s.clutter.discs.push_back({1000.4, 2950.3, 60.0, 1});
+    s.clutter.texts.push_back({3000.0, 2940.0, 35.0, "F4", 0.0, 1});
+    const cv::Mat plain = renderDescription(d, s);
+    const std::vector<DescriptionEdgeTruth> plainTruth = descriptionTruth(d, s);
+
+    // Off, whatever the model holds, nothing changes.
+    s.focus = tiltedCurvedSurface(12.0);
+    s.focus.on = false;
+    s.focus.lensZ = 30.0;
+    EXPECT_EQ(cv::norm(renderDescription(d, s), plain, cv::NORM_INF), 0.0);
+    // On without a defocus gain, the frame is the one in focus.
+    s.focus.on = true;
+    s.focus.defocusGain = 0.0;
+    EXPECT_EQ(cv::norm(renderDescription(d, s), plain, cv::NORM_INF), 0.0);
+    const std::vector<DescriptionEdgeTruth> truth = descriptionTruth(d, s);
+    ASSERT_EQ(truth.size(), plainTruth.size());
+    for (std::size_t i = 0; i < truth.size(); ++i) {
+        EXPECT_EQ(truth[i].sigma, plainTruth[i].sigma) << i;
+        EXPECT_TRUE(std::isnan(plainTruth[i].bestFocusZ)) << i;  // off: no best focus
+        EXPECT_TRUE(std::isfinite(truth[i].bestFocusZ)) << i;
+    }
+}
+
+TEST(DescriptionRenderer, AnEdgeAtItsLocalBestFocusShowsTheFocusedSigma) {
+    const ChartDescription grid = gridChart();
+    DescriptionRenderSettings s = wordsFrame(4000, 3000);
+    s.sigmaCentre = 0.8;
+    s.sigmaCorner = 1.4;
+    s.focus = tiltedCurvedSurface(0.0);
+    const FrameField field = FrameField::of(s.width, s.height);
+    // Squares near the centre, half way out and near the corners, each alone, rendered with the
+    // lens at the best focus of its side 1 and 8 um past it.
+    double nearest = 1e300, farthest = -1e300;
+    for (const int shape : {50, 20, 0, 107}) {
+        ChartDescription d;
+        d.shapes.push_back(grid.shapes.at(shape));
+        const DescriptionEdgeTruth t = descriptionTruth(d, s).at(1);
+        ASSERT_TRUE(t.inside);
+        nearest = std::min(nearest, t.bestFocusZ);
+        farthest = std::max(farthest, t.bestFocusZ);
+        const double s0 = s.sigmaCentre +
+                          (s.sigmaCorner - s.sigmaCentre) * field.rho2(t.midpoint.x, t.midpoint.y);
+        for (const double past : {0.0, 8.0}) {
+            DescriptionRenderSettings at = s;
+            at.focus.lensZ = t.bestFocusZ + past;
+            const double expected = std::hypot(s0, at.focus.defocusGain * past);
+            const DescriptionEdgeTruth now = descriptionTruth(d, at).at(1);
+            EXPECT_NEAR(now.sigma, expected, 1e-9 * expected) << shape << " " << past;
+            EXPECT_NEAR(now.bestFocusZ, t.bestFocusZ, 1e-12);
+            const double measured = measuredSigma(renderDescriptionLevels(d, at), d, at, t);
+            EXPECT_NEAR(measured, expected, 0.005 * expected) << shape << " " << past;
+            EXPECT_NEAR(now.sfr(0.25), trueSfr(0.25, expected, now.axisAngleDeg), 1e-9);
+        }
+    }
+    // They do lie at different places of the surface.
+    EXPECT_GT(farthest - nearest, 5.0);
+}
+
+// A square of side 240 at frame point (3400, 1700), turned 5 degrees off the radial direction
+// there: two sides tangential, two sagittal, all about the same field point.
+ChartDescription squareAcrossTheRadius(const DescriptionRenderSettings& s) {
+    const FrameField field = FrameField::of(s.width, s.height);
+    const ChartPoint p{3400.0, 1700.0};
+    const double turn = std::atan2(p.y - field.centreY, p.x - field.centreX) + 5.0 * kPi / 180.0;
+    const double c = std::cos(turn), sn = std::sin(turn), h = 120.0;
+    const ChartPoint local[4] = {{-h, -h}, {h, -h}, {h, h}, {-h, h}};
+    ChartDescription d;
+    ChartShape square;
+    for (int k = 0; k < 4; ++k) {
+        square.corners[k] = {p.x + c * local[k].x - sn * local[k].y,
+                             p.y + sn * local[k].x + c * local[k].y};
+    }
+    d.shapes.push_back(square);
+    return d;
+}
+
+TEST(DescriptionRenderer, AstigmatismBlursTangentialAndSagittalEdgesByTheirOwnSigma) {
+    DescriptionRenderSettings s = wordsFrame(4000, 3000);
+    s.focus = tiltedCurvedSurface(40.0);
+    const ChartDescription d = squareAcrossTheRadius(s);
+    // The lens at the tangential focus of the square's middle.
+    const FocusField focus = FocusField::of(s.focus, s.width, s.height);
+    s.focus.lensZ = focus.at(3400.0, 1700.0).tangentialZ;
+    const cv::Mat levels = renderDescriptionLevels(d, s);
+    const std::vector<DescriptionEdgeTruth> truth = descriptionTruth(d, s);
+    const FrameField field = FrameField::of(s.width, s.height);
+    double tangential = 0.0, sagittal = 0.0;
+    for (const DescriptionEdgeTruth& t : truth) {
+        const ChartPoint n = edgeNormal(d, s, t);
+        const double dx = t.midpoint.x - field.centreX, dy = t.midpoint.y - field.centreY;
+        const bool isTangential = std::abs(n.x * dx + n.y * dy) > std::hypot(dx, dy) * 0.7071;
+        const double expected = modelSigmaAcross(s, t.midpoint, n.x, n.y);
+        EXPECT_NEAR(t.sigma, expected, 1e-9 * expected) << "side " << t.side;
+        const double measured = measuredSigma(levels, d, s, t);
+        EXPECT_NEAR(measured, expected, 0.005 * expected) << "side " << t.side;
+        (isTangential ? tangential : sagittal) = measured;
+        std::printf("[ accuracy ] %s side %d: sigma %.4f measured, %.4f from the model\n",
+                    isTangential ? "tangential" : "sagittal", t.side, measured, expected);
+    }
+    // In tangential focus: the tangential sides near the focused sigma, the sagittal ones
+    // blurred by the astigmatism there.
+    EXPECT_LT(tangential, 1.1);
+    EXPECT_GT(sagittal, 2.0);
+}
+
+TEST(DescriptionTruth, BestFocusIsTheLensPositionOfLeastBlurAcrossTheEdge) {
+    const ChartDescription d = gridChart();
+    DescriptionRenderSettings s = wordsFrame(4000, 3000);
+    s.placement.k1 = -0.05;
+    s.sigmaCorner = 1.5;
+    s.focus = tiltedCurvedSurface(-9.0);
+    const std::vector<DescriptionEdgeTruth> truth = descriptionTruth(d, s);
+    double spread = 0.0;
+    for (std::size_t i = 0; i < truth.size(); i += 7) {
+        const DescriptionEdgeTruth& t = truth[i];
+        const ChartPoint n = edgeNormal(d, s, t);
+        // Brute force over the lens position, 0.01 um apart.
+        DescriptionRenderSettings at = s;
+        double bestZ = 0.0, least = 1e300;
+        for (int k = -4000; k <= 4000; ++k) {
+            at.focus.lensZ = 0.01 * k;
+            const double sigma = modelSigmaAcross(at, t.centre, n.x, n.y);
+            if (sigma < least) {
+                least = sigma;
+                bestZ = at.focus.lensZ;
+            }
+        }
+        EXPECT_NEAR(t.bestFocusZ, bestZ, 0.006) << i;
+        EXPECT_LE(std::min(t.tangentialZ, t.sagittalZ), t.bestFocusZ + 1e-12) << i;
+        EXPECT_GE(std::max(t.tangentialZ, t.sagittalZ), t.bestFocusZ - 1e-12) << i;
+        spread = std::max(spread, std::abs(t.tangentialZ - t.sagittalZ));
+        // Where it lies on the sensor.
+        const FrameField field = FrameField::of(s.width, s.height);
+        EXPECT_NEAR(t.xMm, (t.centre.x - field.centreX) * 1.4e-3, 1e-12);
+        EXPECT_NEAR(t.yMm, (t.centre.y - field.centreY) * 1.4e-3, 1e-12);
+    }
+    EXPECT_GT(spread, 5.0);  // the astigmatism told them apart
+}
+
+TEST(FieldBlur, LargestOverBoundsTheSigmaOverRandomBoxes) {
+    std::mt19937 random(12345);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    auto between = [&](double a, double b) { return a + (b - a) * unit(random); };
+    int boxes = 0;
+    double tightest = 1e300;
+    for (int model = 0; model < 60; ++model) {
+        DescriptionRenderSettings s = settingsForFrame(4000, 3000);
+        s.sigmaCentre = between(0.5, 2.0);
+        s.sigmaCorner = between(0.5, 3.0);
+        FocusSettings& f = s.focus;
+        f.on = true;
+        f.lensZ = between(-30.0, 30.0);
+        f.bestFocusZ = between(-10.0, 10.0);
+        f.slopeX = between(-8.0, 8.0);
+        f.slopeY = between(-8.0, 8.0);
+        f.curvature = between(-3.0, 3.0);
+        f.astigmatism = between(-20.0, 20.0);
+        f.defocusGain = between(0.0, 0.4);
+        f.pixelPitchUm = between(0.8, 3.0);
+        if (model == 0) {
+            // A dome whose top, in the box, is farthest from the lens: no corner shows it.
+            f = FocusSettings{};
+            f.on = true;
+            f.lensZ = -20.0;
+            f.curvature = -2.0;
+            f.defocusGain = 0.2;
+        }
+        const FieldBlur blur = fieldBlur(s);
+        const double anywhere = blur.largest();
+        for (int b = 0; b < 40; ++b) {
+            // Boxes from a few pixels to more than the frame, some reaching past its border.
+            const double w = std::exp(between(std::log(4.0), std::log(6000.0)));
+            const double h = std::exp(between(std::log(4.0), std::log(4500.0)));
+            const double x0 = model == 0 && b == 0 ? 1500.0 : between(-500.0 - w, 4500.0);
+            const double y0 = model == 0 && b == 0 ? 1200.0 : between(-500.0 - h, 3500.0);
+            const double x1 = model == 0 && b == 0 ? 2500.0 : x0 + w;
+            const double y1 = model == 0 && b == 0 ? 1800.0 : y0 + h;
+            const double bound = blur.largestOver(x0, y0, x1, y1);
+            ASSERT_LE(bound, anywhere * (1.0 + 1e-12)) << model << " " << b;
+            double most = 0.0;
+            for (int k = 0; k < 300; ++k) {
+                // Corners, edges and inside.
+                const double x = k < 4 ? (k % 2 ? x1 : x0) : between(x0, x1);
+                const double y = k < 4 ? (k / 2 ? y1 : y0) : between(y0, y1);
+                const double a = between(0.0, 2.0 * kPi);
+                const double across = blur.sigmaAcross(x, y, std::cos(a), std::sin(a));
+                most = std::max({most, across, blur.sigma(x, y)});
+                ASSERT_LE(across, bound) << model << " " << b << " at " << x << ", " << y;
+                ASSERT_LE(blur.sigma(x, y), bound) << model << " " << b;
+            }
+            tightest = std::min(tightest, most / bound);
+            ++boxes;
+        }
+    }
+    std::printf("[ accuracy ] %d boxes: the largest sigma seen is at least %.3f of the bound\n",
+                boxes, tightest);
+}
+
 // ---- Settings refused ----
 
 void expectRefusal(const DescriptionRenderSettings& s, const std::string& name) {
@@ -876,6 +1141,43 @@ TEST(DescriptionRenderer, RefusesBadSettingsNamingThem) {
     s = good;
     s.bits = 12;
     EXPECT_THROW(descriptionTruth(middleSquare(), s), std::invalid_argument);
+}
+
+TEST(DescriptionRenderer, RefusesBadFocusSettingsNamingThem) {
+    DescriptionRenderSettings good = settingsForFrame(1200, 900);
+    good.focus = tiltedCurvedSurface(5.0);
+    const double nan = std::nan(""), inf = HUGE_VAL;
+    DescriptionRenderSettings s = good;
+    s.focus.lensZ = nan;
+    expectRefusal(s, "focus.lensZ");
+    s = good;
+    s.focus.bestFocusZ = inf;
+    expectRefusal(s, "focus.bestFocusZ");
+    s = good;
+    s.focus.slopeY = nan;
+    expectRefusal(s, "focus.slopeX and slopeY");
+    s = good;
+    s.focus.curvature = -inf;
+    expectRefusal(s, "focus.curvature");
+    s = good;
+    s.focus.astigmatism = nan;
+    expectRefusal(s, "focus.astigmatism");
+    s = good;
+    s.focus.defocusGain = -0.1;
+    expectRefusal(s, "focus.defocusGain");
+    s = good;
+    s.focus.pixelPitchUm = 0.0;
+    expectRefusal(s, "focus.pixelPitchUm");
+    s = good;
+    s.focus.curvature = 1e308;  // finite, but the blur is not
+    s.focus.pixelPitchUm = 100.0;
+    expectRefusal(s, "focus: the defocus overflows");
+    s = good;
+    s.focus.defocusGain = -0.1;
+    EXPECT_THROW(descriptionTruth(middleSquare(), s), std::invalid_argument);
+    // Off, the model is not looked at.
+    s.focus.on = false;
+    EXPECT_NO_THROW(renderDescription(middleSquare(), s));
 }
 
 TEST(DescriptionRenderer, RefusesShapesItCannotDraw) {

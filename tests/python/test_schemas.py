@@ -17,7 +17,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 SCHEMA_DIR = os.environ.get("TALONVIREO_SCHEMA_DIR", os.path.join(HERE, "..", "..", "schema"))
 LENIENT = os.path.join(HERE, "..", "data", "limits", "lenient.toml")
 SCHEMAS = ["frame", "region", "chart-truth", "batch-row", "batch-run-options", "failure",
-           "chart-description", "description-truth"]
+           "chart-description", "description-truth", "focus"]
 
 
 def tool():
@@ -245,6 +245,46 @@ def test_a_rendered_descriptions_truth_is_a_description_truth_document(tmp_path,
         truth = strict_json(f.read())
     check("description-truth", truth)
     assert len(truth["edges"]) == (432 if chart == "grid" else 52)
+
+
+@pytest.mark.parametrize("focus", [["--focus-z", "7.5"], ["--focus-stack", "-4:4:4"]])
+def test_a_defocused_descriptions_truth_is_a_description_truth_document(tmp_path, focus):
+    prefix = str(tmp_path / "defocused")
+    subprocess.run([tool(), "render", "--chart", "HLX6C", "--bits", "8", "--width", "1000",
+                    "--height", "750", *focus, "--astigmatism", "3", "--focus-slope-x", "2",
+                    "--out", prefix], check=True, capture_output=True)
+    with open(prefix + ".json") as f:
+        truth = strict_json(f.read())
+    check("description-truth", truth)
+    stack = focus[0] == "--focus-stack"
+    assert ("positions_um" in truth["focus"]) == stack
+    assert ("lens_z_um" in truth["focus"]) != stack
+    assert all("best_focus_z_um" in e and "x_mm" in e for e in truth["edges"])
+    # The schema tells a document with the model from one without it.
+    del truth["focus"]
+    assert list(validator("description-truth").iter_errors(truth))
+
+
+def test_focus_json_and_live_lines_follow_the_focus_schema(tmp_path):
+    prefix = str(tmp_path / "sweep")
+    subprocess.run([tool(), "render", "--chart", "HLX6C", "--bits", "10", "--bayer",
+                    "--focus-stack", "-10:10:5", "--focus-slope-x", "2", "--out", prefix],
+                   check=True, capture_output=True)
+    head = ["--member", "talonvireoSFR_raw10_HLX6C", "--width", "4000", "--height", "3000"]
+    study = subprocess.run([tool(), "focus", *head, "--pixel-pitch", "1.4um", "--z-list",
+                            prefix + ".csv", "--json"], capture_output=True, text=True)
+    assert study.returncode == 0, study.stderr
+    check("focus", strict_json(study.stdout))
+    with open(prefix + "-02.raw", "rb") as f:
+        frame = f.read()
+    blank = bytes(len(frame))
+    feed = subprocess.run([tool(), "focus", "--live", *head], input=frame + blank + frame[:10],
+                          capture_output=True)
+    lines = [strict_json(line) for line in feed.stdout.decode().splitlines()]
+    assert len(lines) == 3 and "edges" in lines[0] and "error" in lines[1] and "error" in lines[2]
+    for line in lines:
+        check("focus", line)
+    assert refused("focus", {**lines[0], "error": "both"})
 
 
 def test_measure_chart_json_is_a_frame_document(frame_files):

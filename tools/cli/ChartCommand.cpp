@@ -134,7 +134,10 @@ int run(const OptionValues& o) {
         }
         return renderDescriptionFrame(o);
     }
-    for (const char* only : {"--k1", "--sigma-corner", "--corner-light", "--clutter"}) {
+    for (const char* only :
+         {"--k1", "--sigma-corner", "--corner-light", "--clutter", "--focus-z", "--focus-stack",
+          "--best-focus", "--focus-slope-x", "--focus-slope-y", "--focus-curvature",
+          "--astigmatism", "--defocus-gain", "--pixel-pitch"}) {
         if (o.has(only)) {
             throw station::Failure(station::Cause::BadInput,
                                    std::string(only) + " goes with --chart");

@@ -8,8 +8,13 @@
 #include "ExitStatus.h"
 #include "FrameArguments.h"
 #include "station/CsvField.h"
+#include "station/FocusJson.h"
+#include "station/FocusPlot.h"
 #include "station/FocusStudy.h"
+#include "station/FrameStream.h"
 #include "station/JsonDocument.h"
+#include "station/LiveFocus.h"
+#include "station/OutputFile.h"
 #include "station/PixelPitch.h"
 
 namespace talonvireo {
@@ -29,6 +34,15 @@ void declare(OptionValues& o) {
     o.option("--min-sfr", "L",
              "the limit each edge's depth of focus and the common window are read at (default "
              "0.3)");
+    o.flag("--live",
+           "read raw frames (--width x --height 16-bit little-endian words each) from standard "
+           "input as a capture program pipes them, and write one JSON line per frame as soon "
+           "as it is measured: each edge's SFR at --frequency, the zones' tangential and "
+           "sagittal means, whether the chart was located afresh");
+    o.option("--plot", "PREFIX",
+             "pictures: PREFIX-curves.png (SFR against z per field zone, tangential and "
+             "sagittal apart) and PREFIX-map.png (each edge's best focus over the fitted "
+             "image surface)");
     o.flag("--json", "output as JSON");
     o.flag("--csv", "output as CSV: one line per edge and focus position");
     o.command().description(
@@ -39,68 +53,6 @@ void declare(OptionValues& o) {
         "focus and their difference (astigmatism); the image surface z = z0 + sx x + sy y + "
         "c (x^2 + y^2) (x right, y down, mm from the frame centre) with its tilts in arcmin; "
         "and the focus window every edge shares.");
-}
-
-Json studyJson(const FocusStudy& s) {
-    Json doc = documentHead("focus", "");
-    doc["measurand"] = s.measurand;
-    doc["frequency"] = s.frequency;
-    doc["min_sfr"] = s.minSfr;
-    doc["pixel_pitch_um"] = s.pixelPitchUm;
-    Json frames = Json::array();
-    for (std::size_t i = 0; i < s.frames.size(); ++i) {
-        frames.push_back({{"file", s.frames[i].path},
-                          {"z_um", s.frames[i].z},
-                          {"error", s.frameErrors[i].empty() ? Json() : Json(s.frameErrors[i])}});
-    }
-    doc["frames"] = frames;
-    Json edges = Json::array();
-    for (const FocusEdge& e : s.edges) {
-        Json curve = Json::array();
-        for (const FocusSample& p : e.samples) {
-            curve.push_back({{"z_um", p.z}, {"sfr", p.sfr}});
-        }
-        edges.push_back({{"edge", e.edge},
-                         {"name", e.name},
-                         {"x", e.x},
-                         {"y", e.y},
-                         {"x_mm", e.xMm},
-                         {"y_mm", e.yMm},
-                         {"orientation", e.orientation},
-                         {"zone", e.zone},
-                         {"best_focus_z_um", figure(e.curve.bestZ)},
-                         {"peak_sfr", figure(e.curve.peakSfr)},
-                         {"above_limit_from_z_um", figure(e.curve.fromZ)},
-                         {"above_limit_to_z_um", figure(e.curve.toZ)},
-                         {"curve", curve}});
-    }
-    doc["edges"] = edges;
-    Json zones = Json::array();
-    for (const FocusZone& z : s.zones) {
-        zones.push_back({{"zone", z.name},
-                         {"from_field", z.fromField},
-                         {"to_field", z.toField},
-                         {"tangential_best_focus_z_um", figure(z.tangentialZ)},
-                         {"sagittal_best_focus_z_um", figure(z.sagittalZ)},
-                         {"astigmatism_um", figure(z.astigmatism())},
-                         {"tangential_edges", z.tangential},
-                         {"sagittal_edges", z.sagittal}});
-    }
-    doc["zones"] = zones;
-    const FocusSurface& f = s.surface;
-    doc["surface"] = {
-        {"best_focus_z_um", figure(f.z0)},
-        {"slope_x_um_per_mm", figure(f.slopeX)},
-        {"slope_y_um_per_mm", figure(f.slopeY)},
-        {"tilt_about_x_arcmin", figure(f.tiltAboutXArcmin)},
-        {"tilt_about_y_arcmin", figure(f.tiltAboutYArcmin)},
-        {"curvature_um_per_mm2", figure(f.curvature)},
-        {"residual_um", figure(f.residualRms)},
-        {"edges", f.points},
-        {"window_from_z_um", figure(s.window.fromZ)},
-        {"window_to_z_um", figure(s.window.toZ)},
-        {"window_centre_z_um", figure(s.window.exists() ? s.window.centreZ() : std::nan(""))}};
-    return doc;
 }
 
 void printStudy(const FocusStudy& s) {
@@ -152,11 +104,37 @@ void printCsv(const FocusStudy& s) {
     }
 }
 
+// Frames of W x H words from standard input, one JSON line each, until the input ends. A
+// short last frame is an error line and its own status.
+int runLive(FrameStream& stream, double frequency) {
+    const RawLayout& layout = stream.options().layout;
+    if (layout.width <= 0 || layout.height <= 0) {
+        throw Failure(Cause::BadInput, "--live needs --width and --height");
+    }
+    if (layout.packing != Packing::Words16 || layout.stride != 0 || layout.offset != 0) {
+        throw Failure(Cause::BadInput, "--live reads 16-bit words, unpacked and unpadded");
+    }
+    LiveFocusFeed feed(stdin, stream, frequency, layout.width, layout.height);
+    while (const std::optional<Json> line = feed.next()) {
+        const std::string text = line->dump(-1, ' ', false, Json::error_handler_t::replace);
+        std::printf("%s\n", text.c_str());
+        std::fflush(stdout);
+    }
+    return feed.shortFrame() ? kExitWrongFileSize : kExitOk;
+}
+
 int run(const OptionValues& o) {
     if (o.has("--json") && o.has("--csv")) {
         throw Failure(Cause::BadInput, "--json and --csv exclude each other");
     }
-    if (!o.has("--pixel-pitch")) {
+    const bool live = o.has("--live");
+    if (live &&
+        (o.has("--json") || o.has("--csv") || o.has("--z-list") || !o.list("FRAMES").empty())) {
+        throw Failure(Cause::BadInput,
+                      "--live reads its frames from standard input and writes JSON lines: no "
+                      "frame files, --z-list, --json, --csv or --plot");
+    }
+    if (!live && !o.has("--pixel-pitch")) {
         throw Failure(Cause::BadInput, "--pixel-pitch is required: the surface is in mm");
     }
     const std::vector<Member> members = allMembers();
@@ -169,6 +147,15 @@ int run(const OptionValues& o) {
         o.has("--chart") && !o.has("--member")
             ? chartMeasurand(chooseChart(o.text("--chart")), chartSamples(o), o.has("--bayer"))
             : memberMeasurand(memberArgument(o, members));
+    const double frequency = o.number("--frequency", 0.125, 0.0, 0.5, true);
+    FrameOptions options = frameArguments(o);
+    if (std::abs(frequency - 0.125) > 1e-12) {
+        options.param.freqDivisor = static_cast<float>(0.5 / frequency);
+    }
+    FrameStream stream(measurand, options);
+    if (live) {
+        return runLive(stream, frequency);
+    }
     std::vector<FocusFrame> frames;
     for (const std::string& arg : o.list("FRAMES")) {
         frames.push_back(parseFocusFrame(arg));
@@ -177,20 +164,25 @@ int run(const OptionValues& o) {
         const std::vector<FocusFrame> listed = readFocusList(o.text("--z-list"));
         frames.insert(frames.end(), listed.begin(), listed.end());
     }
-    const double frequency = o.number("--frequency", 0.125, 0.0, 0.5, true);
-    FrameOptions options = frameArguments(o);
-    if (std::abs(frequency - 0.125) > 1e-12) {
-        options.param.freqDivisor = static_cast<float>(0.5 / frequency);
-    }
     const double minSfr = o.number("--min-sfr", 0.3, 0.0, 2.0);
-    const FocusStudy study =
-        studyFocus(measurand, frames, options, frequency, minSfr, options.pixelPitchUm);
+    const std::string plot = o.text("--plot", "");
+    if (!plot.empty()) {
+        checkImageOutputPath("--plot", plot + "-curves.png");
+    }
+    const FocusStudy study = studyFocus(stream, frames, frequency, minSfr, options.pixelPitchUm);
+    if (!plot.empty()) {
+        writeImage(plot + "-curves.png", plotFocusCurves(study));
+        writeImage(plot + "-map.png", plotFocusMap(study));
+    }
     if (o.has("--json")) {
-        writeJson(stdout, studyJson(study));
+        writeJson(stdout, focusStudyJson(study));
     } else if (o.has("--csv")) {
         printCsv(study);
     } else {
         printStudy(study);
+        if (!plot.empty()) {
+            std::printf("wrote %s-curves.png, %s-map.png\n", plot.c_str(), plot.c_str());
+        }
     }
     return kExitOk;
 }

@@ -46,6 +46,20 @@ void checkRenderSettings(const DescriptionRenderSettings& s) {
     require(s.gainRed > 0.0 && finite(s.gainRed), "gainRed must be positive");
     require(s.gainGreen > 0.0 && finite(s.gainGreen), "gainGreen must be positive");
     require(s.gainBlue > 0.0 && finite(s.gainBlue), "gainBlue must be positive");
+    if (s.focus.on) {
+        const FocusSettings& f = s.focus;
+        require(finite(f.lensZ), "focus.lensZ must be finite");
+        require(finite(f.bestFocusZ), "focus.bestFocusZ must be finite");
+        require(finite(f.slopeX) && finite(f.slopeY), "focus.slopeX and slopeY must be finite");
+        require(finite(f.curvature), "focus.curvature must be finite");
+        require(finite(f.astigmatism), "focus.astigmatism must be finite");
+        require(f.defocusGain >= 0.0 && finite(f.defocusGain),
+                "focus.defocusGain must not be negative");
+        require(f.pixelPitchUm > 0.0 && finite(f.pixelPitchUm),
+                "focus.pixelPitchUm must be positive");
+        // The finite parameters can still multiply past the doubles.
+        require(std::isfinite(fieldBlur(s).largest()), "focus: the defocus overflows");
+    }
     const ChartRegistration& p = s.placement;
     for (const double h : p.homography) {
         require(finite(h), "placement.homography must be finite");
@@ -73,7 +87,8 @@ void checkRenderSettings(const DescriptionRenderSettings& s) {
 }
 
 FieldBlur fieldBlur(const DescriptionRenderSettings& s) {
-    return {FrameField::of(s.width, s.height), s.sigmaCentre, s.sigmaCorner};
+    return {FrameField::of(s.width, s.height), s.sigmaCentre, s.sigmaCorner,
+            FocusField::of(s.focus, s.width, s.height)};
 }
 
 double fieldSigma(const DescriptionRenderSettings& s, double x, double y) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "render/FieldBlur.h"
+#include "render/FocusField.h"
 #include "render/RenderClutter.h"
 #include "talonvireo/ChartRegistration.h"
 
@@ -21,6 +22,8 @@ struct DescriptionRenderSettings {
     // rho^2, rho of the frame point (FrameField).
     double sigmaCentre = 1.0;
     double sigmaCorner = 1.0;
+    // Defocus over the field, off unless focus.on: that sigma is then the one at best focus.
+    FocusSettings focus;
     // Levels, fractions of full scale: the ground and light shapes at `light`, dark shapes at
     // `dark` (0.2 / 0.8 is 4:1 contrast, 0.4 / 0.8 is 2:1).
     double dark = 0.12;
@@ -48,10 +51,12 @@ DescriptionRenderSettings settingsForFrame(int width, int height);
 // Throws std::invalid_argument naming the first bad setting: a size <= 0, a sigma <= 0, bits
 // not 8/10/14/16, cornerLight <= 0 or > 1, levels outside 0 <= dark < light <= 1, negative
 // noise, a gain <= 0, a placement r0 <= 0 or a distortion that folds over within the frame,
-// clutter of no size or a polarity other than +-1.
+// clutter of no size or a polarity other than +-1, and with the focus model on a value not
+// finite, a defocus gain < 0 or a pixel pitch <= 0.
 void checkRenderSettings(const DescriptionRenderSettings& settings);
 
-// The PSF's sigma over the frame's field, and at frame point (x, y), pixels.
+// The PSF's sigma over the frame's field, and at frame point (x, y), pixels (the isotropic
+// one, FieldBlur::sigma).
 FieldBlur fieldBlur(const DescriptionRenderSettings& settings);
 double fieldSigma(const DescriptionRenderSettings& settings, double x, double y);
 

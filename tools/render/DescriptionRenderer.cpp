@@ -132,8 +132,7 @@ cv::Mat renderDescriptionLevels(const ChartDescription& description,
     context.bend = distortionBounds(placement, settings.width, settings.height).bend;
     context.nodes = PixelNodes::make();
     context.cdf = NormalCdfTable::make();
-    const double reach =
-        kReachSigmas * std::max(settings.sigmaCentre, settings.sigmaCorner) + kHalfDiagonal + 2.0;
+    const double reach = kReachSigmas * context.blur.largest() + kHalfDiagonal + 2.0;
     const cv::Rect frame(0, 0, settings.width, settings.height);
     auto level = [&](int polarity) { return polarity > 0 ? settings.dark : settings.light; };
 

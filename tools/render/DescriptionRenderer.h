@@ -1,6 +1,7 @@
 // Renders any chart description into a frame: its lone edges, shapes and marks seen through a
 // placement (homography and radial distortion), blurred by a Gaussian whose sigma varies over
-// the field, then clutter, the illumination's fall-off, light spots, gains and noise.
+// the field (elliptical with the focus model on: FieldBlur.h, FocusField.h), then clutter, the
+// illumination's fall-off, light spots, gains and noise.
 //
 // The ground is at the light level. Lone edges are painted first, each darkening its dark side
 // (right of from -> to for polarity +1, left for -1); then the shapes in order, dark (+1) or

@@ -43,7 +43,19 @@ DescriptionEdgeTruth edgeTruth(ChartPoint a, ChartPoint b, double at,
     const ChartPoint behind = chartToFrame(placement, along(a, b, at - h));
     const double tangent = std::fmod(lineAngleDeg(ahead.x - behind.x, ahead.y - behind.y), 90.0);
     t.axisAngleDeg = std::min(tangent, 90.0 - tangent);
-    t.sigma = fieldSigma(settings, t.centre.x, t.centre.y);
+    const FieldBlur blur = fieldBlur(settings);
+    const double nx = behind.y - ahead.y, ny = ahead.x - behind.x;
+    const double norm = std::hypot(nx, ny);
+    t.sigma = blur.sigmaAcross(t.centre.x, t.centre.y, nx / norm, ny / norm);
+    t.bestFocusZ = t.tangentialZ = t.sagittalZ = t.xMm = t.yMm = std::nan("");
+    if (settings.focus.on) {
+        const FieldFocus f = blur.focus.at(t.centre.x, t.centre.y);
+        t.bestFocusZ = blur.focus.bestFocusZ(t.centre.x, t.centre.y, nx, ny);
+        t.tangentialZ = f.tangentialZ;
+        t.sagittalZ = f.sagittalZ;
+        t.xMm = f.xMm;
+        t.yMm = f.yMm;
+    }
 
     // Length, bow and whether it stays in the frame, from samples along the image; the bow's
     // extreme refined by a parabola through its neighbours.

@@ -1,5 +1,6 @@
 // What every measured edge of a rendered chart description should measure: where its image
-// lies, its angle and length, its bow under the distortion, the blur there and its true SFR.
+// lies, its angle and length, its bow under the distortion, the blur there and its true SFR,
+// and under defocus its best focus.
 #pragma once
 
 #include <string>
@@ -32,8 +33,16 @@ struct DescriptionEdgeTruth {
     // Signed largest distance of the image from the chord, pixels: positive to the left of
     // from -> to as the frame sees it, out of a shape the frame sees clockwise.
     double bow = 0.0;
-    double sigma = 0.0;   // the PSF's sigma at `centre`, pixels
+    double sigma = 0.0;   // the PSF's sigma across the edge at `centre`, pixels
     bool inside = false;  // the whole image within the frame, [-0.5, width - 0.5] x [-0.5, ...]
+    // With the focus model on (NaN without): the lens position where this edge is sharpest
+    // (its SFR highest at every frequency), the tangential and sagittal foci at `centre`, um,
+    // and `centre` from the frame centre, mm (x right, y down).
+    double bestFocusZ = 0.0;
+    double tangentialZ = 0.0;
+    double sagittalZ = 0.0;
+    double xMm = 0.0;
+    double yMm = 0.0;
 
     // The true SFR across the edge at f cycles per pixel.
     double sfr(double f) const { return trueSfr(f, sigma, axisAngleDeg); }

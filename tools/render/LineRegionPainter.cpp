@@ -55,7 +55,7 @@ void paintPixel(double& level, const LineRegion& region, int c, int r,
             continue;  // wholly inside this side
         }
         const FrameDistance d = refinedDistance(line, placement, c, r, first);
-        const double sigma = context.blur.sigma(c - d.d * d.nx, r - d.d * d.ny);
+        const double sigma = context.blur.sigmaAcross(c - d.d * d.nx, r - d.d * d.ny, d.nx, d.ny);
         sides[active++] = {d.d, d.nx, d.ny, 1.0 / sigma};
     }
     if (active == 0) {

@@ -29,7 +29,8 @@ LineRegion lineRegion(std::vector<FrameLine> lines, cv::Rect box, double paint,
 
 // levels (CV_64F) = levels (1 - cov) + paint cov over the pixels of the region's box within
 // `clip`, cov the blurred coverage of the region. Sigma is taken where each pixel's normal
-// meets the side, so each profile across a side is a Gaussian-blurred step of the sigma there.
+// meets the side, across the side, so each profile across a side is a Gaussian-blurred step of
+// the sigma there.
 void paintLineRegion(cv::Mat& levels, const LineRegion& region, cv::Rect clip,
                      const PaintContext& context);
 
