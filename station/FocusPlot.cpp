@@ -749,7 +749,6 @@ cv::Mat plotFocusMap(const FocusStudy& study, FocusMapLayout* layout) {
         }
         taken.push_back(mapPixel(g, 0.0, 0.0));
         contours(img, z, g, scale, step, taken);
-        tiltArrow(img, g, study.surface);
     } else {
         sensor.setTo(cv::Scalar(238, 238, 238));
         const std::string text = "no surface fitted";
@@ -762,6 +761,9 @@ cv::Mat plotFocusMap(const FocusStudy& study, FocusMapLayout* layout) {
         const bool open = !e.curve.bracketed();
         marker(img, mapPixel(g, e.xMm, e.yMm), e.orientation,
                open ? kNotBracketed : scale.colour(e.curve.bestZ), open);
+    }
+    if (surface) {
+        tiltArrow(img, g, study.surface);  // over the markers, so that its label reads
     }
     if (study.edges.empty()) {
         boxedLabel(img, "no edges", mapPixel(g, 0.0, 0.0) + cv::Point(-30, 5), kInk);

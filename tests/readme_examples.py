@@ -21,6 +21,21 @@ def command_block(readme, heading="## Command line"):
     return commands
 
 
+NUMBER = re.compile(r"[-+]?\d+\.\d+")
+
+
+def printed_alike(shown, output, tolerance=0.02):
+    """Whether `output` has a line with the words of `shown` and its figures within
+    `tolerance`: the sanitizer build's compiler rounds the last digit its own way."""
+    for line in output.splitlines():
+        if NUMBER.sub("#", line) != NUMBER.sub("#", shown):
+            continue
+        pairs = zip(NUMBER.findall(line), NUMBER.findall(shown))
+        if all(abs(float(a) - float(b)) <= tolerance for a, b in pairs):
+            return True
+    return False
+
+
 def main():
     readme_path, tool = sys.argv[1], sys.argv[2]
     with open(readme_path) as f:
@@ -81,6 +96,24 @@ def main():
                     if line.strip() and line not in run.stdout:
                         sys.exit(f"the README's batch summary line is not printed: {line!r}\n"
                                  f"{run.stdout}")
+        # Focusing a lens: the rendered stack, its study with the lines the README shows, and
+        # a description's study of four of its frames.
+        section = readme.split("## Focusing and aligning a lens", 1)[1]
+        shown = section.split("```\nzone centre", 1)[1].split("```", 1)[0]
+        focus = command_block(readme, "## Focusing and aligning a lens")
+        names = [c[1] for c in focus]
+        assert names == ["render", "focus", "focus"], names
+        for argv in focus:
+            run = subprocess.run([tool] + argv[1:], cwd=work, capture_output=True, text=True)
+            if run.returncode != 0:
+                sys.exit(f"README focus example failed ({run.returncode}): {' '.join(argv)}\n"
+                         f"{run.stdout}{run.stderr}")
+            print(f"ok: {' '.join(argv)}")
+            if "--plot" in argv:
+                for line in ("zone centre" + shown).splitlines():
+                    if line.strip() and not printed_alike(line, run.stdout):
+                        sys.exit(f"the README's focus line is not printed: {line!r}\n"
+                                 f"{run.stdout[-800:]}")
     print("every README example ran as written")
 
 
