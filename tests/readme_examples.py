@@ -36,20 +36,28 @@ def printed_alike(shown, output, tolerance=0.02):
     return False
 
 
+def run_block(tool, work, readme, heading, names, expected=lambda argv: 0):
+    """Runs the section's command block in `work`, each command with the exit status
+    `expected` gives it; the runs, in order."""
+    commands = command_block(readme, heading)
+    assert [c[1] for c in commands] == names, [c[1] for c in commands]
+    runs = []
+    for argv in commands:
+        run = subprocess.run([tool] + argv[1:], cwd=work, capture_output=True, text=True)
+        if run.returncode != expected(argv):
+            sys.exit(f"README example under {heading!r} gave {run.returncode}, not "
+                     f"{expected(argv)}: {' '.join(argv)}\n{run.stdout}{run.stderr}")
+        print(f"ok: {' '.join(argv)}")
+        runs.append((argv, run))
+    return runs
+
+
 def main():
     readme_path, tool = sys.argv[1], sys.argv[2]
     with open(readme_path) as f:
         readme = f.read()
-    commands = command_block(readme)
-    names = [c[1] for c in commands]
-    assert names == ["demo", "render", "measure", "roi"], names
     with tempfile.TemporaryDirectory() as work:
-        for argv in commands:
-            run = subprocess.run([tool] + argv[1:], cwd=work, capture_output=True, text=True)
-            if run.returncode != 0:
-                sys.exit(f"README example failed ({run.returncode}): {' '.join(argv)}\n"
-                         f"{run.stdout}{run.stderr}")
-            print(f"ok: {' '.join(argv)}")
+        run_block(tool, work, readme, "## Command line", ["demo", "render", "measure", "roi"])
         demo = subprocess.run([tool, "demo"], cwd=work, capture_output=True, text=True)
         shown = re.search(r"^summary: .*$", readme, re.M)
         assert shown, "the README shows no demo summary"
@@ -64,56 +72,35 @@ def main():
                            "lab-5x9.toml")
         with open(lab) as source, open(os.path.join(charts, "lab-5x9.toml"), "w") as copy:
             copy.write(source.read())
-        chart = command_block(readme, "## Any chart")
-        names = [c[1] for c in chart]
-        assert names == ["render", "measure", "measure", "measure", "batch"], names
-        for argv in chart:
-            run = subprocess.run([tool] + argv[1:], cwd=work, capture_output=True, text=True)
-            expected = 1 if "--min-sfr" in argv else 0
-            if run.returncode != expected:
-                sys.exit(f"README chart example gave {run.returncode}, not {expected}: "
-                         f"{' '.join(argv)}\n{run.stdout}{run.stderr}")
-            print(f"ok: {' '.join(argv)}")
+        run_block(tool, work, readme, "## Any chart",
+                  ["render", "measure", "measure", "measure", "batch"],
+                  lambda argv: 1 if "--min-sfr" in argv else 0)
         # Grading a tray: its commands, with the limits file the README shows.
         section = readme.split("## Grading a tray", 1)[1]
         limits = section.split("```toml", 1)[1].split("```", 1)[0]
         with open(os.path.join(work, "tray.toml"), "w") as f:
             f.write(limits)
-        tray = command_block(readme, "## Grading a tray")
-        names = [c[1] for c in tray]
-        assert names == ["render", "render", "render", "batch", "measure"], names
-        for argv in tray:
-            run = subprocess.run([tool] + argv[1:], cwd=work, capture_output=True, text=True)
-            # The batch and the measure grade a failing module: exit status 1 is theirs.
-            expected = 1 if argv[1] in ("batch", "measure") else 0
-            if run.returncode != expected:
-                sys.exit(f"README tray example gave {run.returncode}, not {expected}: "
-                         f"{' '.join(argv)}\n{run.stdout}{run.stderr}")
-            print(f"ok: {' '.join(argv)}")
-            if argv[1] == "batch":
-                summary = section.split("```\nbatch:", 1)[1].split("```", 1)[0]
-                for line in summary.splitlines()[1:]:
-                    if line.strip() and line not in run.stdout:
-                        sys.exit(f"the README's batch summary line is not printed: {line!r}\n"
-                                 f"{run.stdout}")
+        # The batch and the measure grade a failing module: exit status 1 is theirs.
+        tray = run_block(tool, work, readme, "## Grading a tray",
+                         ["render", "render", "render", "batch", "measure"],
+                         lambda argv: 1 if argv[1] in ("batch", "measure") else 0)
+        summary = section.split("```\nbatch:", 1)[1].split("```", 1)[0]
+        batch = next(run for argv, run in tray if argv[1] == "batch")
+        for line in summary.splitlines()[1:]:
+            if line.strip() and line not in batch.stdout:
+                sys.exit(f"the README's batch summary line is not printed: {line!r}\n"
+                         f"{batch.stdout}")
         # Focusing a lens: the rendered stack, its study with the lines the README shows, and
         # a description's study of four of its frames.
         section = readme.split("## Focusing and aligning a lens", 1)[1]
         shown = section.split("```\nzone centre", 1)[1].split("```", 1)[0]
-        focus = command_block(readme, "## Focusing and aligning a lens")
-        names = [c[1] for c in focus]
-        assert names == ["render", "focus", "focus"], names
-        for argv in focus:
-            run = subprocess.run([tool] + argv[1:], cwd=work, capture_output=True, text=True)
-            if run.returncode != 0:
-                sys.exit(f"README focus example failed ({run.returncode}): {' '.join(argv)}\n"
-                         f"{run.stdout}{run.stderr}")
-            print(f"ok: {' '.join(argv)}")
-            if "--plot" in argv:
-                for line in ("zone centre" + shown).splitlines():
-                    if line.strip() and not printed_alike(line, run.stdout):
-                        sys.exit(f"the README's focus line is not printed: {line!r}\n"
-                                 f"{run.stdout[-800:]}")
+        focus = run_block(tool, work, readme, "## Focusing and aligning a lens",
+                          ["render", "focus", "focus"])
+        study = next(run for argv, run in focus if "--plot" in argv)
+        for line in ("zone centre" + shown).splitlines():
+            if line.strip() and not printed_alike(line, study.stdout):
+                sys.exit(f"the README's focus line is not printed: {line!r}\n"
+                         f"{study.stdout[-800:]}")
     print("every README example ran as written")
 
 
