@@ -201,3 +201,19 @@ def test_live_mode_refuses_frame_files_beside_the_feed(stack):
                            "--height", "3000", prefix + "-00.raw@0"], capture_output=True,
                           text=True, input="")
     assert done.returncode == 2 and "--live reads its frames from standard input" in done.stderr
+
+
+def test_live_mode_measures_a_chart_description_frame_by_frame(stack):
+    prefix, truth = stack
+    frame = open(f"{prefix}-08.raw", "rb").read()
+    done = subprocess.run([tool(), "focus", "--live", "--chart", "HLX6C", "--bits", "10",
+                           "--width", "4000", "--height", "3000"], input=frame * 2,
+                          capture_output=True)
+    assert done.returncode == 0, done.stderr.decode()
+    lines = [json.loads(line) for line in done.stdout.decode().splitlines()]
+    assert [line["relocated"] for line in lines] == [True, True]
+    names = {e["name"] for e in truth["edges"]}
+    for line in lines:
+        assert {e["name"] for e in line["edges"]} == names
+        assert all(e["state"] == "measured" and e["sfr"] > 0.3 for e in line["edges"])
+    assert lines[0]["edges"] == lines[1]["edges"]
