@@ -217,3 +217,20 @@ def test_live_mode_measures_a_chart_description_frame_by_frame(stack):
         assert {e["name"] for e in line["edges"]} == names
         assert all(e["state"] == "measured" and e["sfr"] > 0.3 for e in line["edges"])
     assert lines[0]["edges"] == lines[1]["edges"]
+
+
+def test_a_frame_that_cannot_be_read_is_reported_and_the_rest_still_studied(stack, tmp_path):
+    prefix, truth = stack
+    frames = [(f"{prefix}-{i:02d}.raw", -20.0 + 2.5 * i) for i in range(17)]
+    frames[5] = (str(tmp_path / "missing.raw"), frames[5][1])
+    short = tmp_path / "short.raw"
+    short.write_bytes(b"\0" * 1000)
+    frames[11] = (str(short), frames[11][1])
+    result = talonvireo.through_focus(frames, MEMBER, pixel_pitch="1.4um", width=4000,
+                                      height=3000)
+    errors = result["frames"]["error"]
+    assert errors.notna().tolist() == [i in (5, 11) for i in range(17)]
+    assert "cannot read" in errors[5] and "holds 1000 bytes, not 24000000" in errors[11]
+    assert len(result["edges"]) == 52
+    assert result["curves"].groupby("edge").size().eq(15).all()
+    check_against_truth(result, truth)
