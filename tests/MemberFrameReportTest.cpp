@@ -158,6 +158,44 @@ TEST(MemberFrameReport, Mtf50AndAngleAreTheClassicCurvesOfTheSameRegion) {
     }
 }
 
+// The precise figures of every measured slot are measureSfrCurve's precise method on the same
+// grey region, bit for bit, though they start from the member's own pass over it.
+TEST(MemberFrameReport, PreciseFiguresAreTheRegionsOwnPreciseCurve) {
+    const MemberInfo& row = *findMember("talonvireoSFR_raw10_HLX6C");
+    const cv::Mat raw = frameFor(row);
+    MemberFrameOptions options;
+    options.precise = true;
+    MemberFrameReport report;
+    ASSERT_EQ(measureMemberFrame(row, raw.ptr<std::uint16_t>(), raw.cols, raw.rows,
+                                 SFRParam{6.0f, 80, 100}, options, report),
+              0);
+    cv::Mat grey(raw.rows, raw.cols, CV_8UC1);
+    ASSERT_EQ(rawFrameToGrey(raw.ptr<std::uint16_t>(), raw.cols, raw.rows, 10, row.road, grey.data),
+              0);
+    SfrCurveOptions precise;
+    precise.method = SfrMethod::kPrecise;
+    precise.frequencies = {0.125, 0.25, 0.5 / 6.0};
+    int measured = 0;
+    for (const SlotReport& s : report.slots) {
+        ASSERT_EQ(s.state, SlotState::kMeasured);
+        const cv::Mat region =
+            grey(cv::Rect(s.x - s.side / 2, s.y - s.side / 2, s.side, s.side)).clone();
+        SfrCurve curve;
+        ASSERT_EQ(measureSfrCurve(region.data, region.cols, region.rows, PixelFormat::Grey8,
+                                  precise, curve),
+                  0);
+        const SfrChannelCurve& c = curve.channels.at(0);
+        EXPECT_EQ(s.precise.status, 0);
+        EXPECT_EQ(s.precise.channel, "grey");
+        EXPECT_EQ(s.precise.sfrQuarterNyquist, c.sfrAt[0]);
+        EXPECT_EQ(s.precise.sfrHalfNyquist, c.sfrAt[1]);
+        EXPECT_EQ(s.precise.sfrCustom, c.sfrAt[2]);
+        EXPECT_EQ(s.precise.mtf50, c.mtf50);
+        ++measured;
+    }
+    EXPECT_EQ(measured, 52);
+}
+
 // The plateaus and noise of rendered edges: the chart's levels, and an SNR that falls as the
 // read noise grows.
 TEST(MemberFrameReport, ContrastAndSnrFollowTheRenderedLevelsAndNoise) {

@@ -25,29 +25,16 @@ bool knownMember(const MemberInfo& member) {
     return &member >= table.rows && &member < table.rows + table.count;
 }
 
-// The precise method on the grey region and, when asked, on each raw plane under it.
-void addPreciseFigures(const cv::Mat& grey, const cv::Mat& raw, const cv::Rect& cut,
-                       const SFRParam& param, const MemberFrameOptions& options, SlotReport& slot) {
+// What the precise method reads off every region: Nyquist/4, Nyquist/2 and the custom
+// frequency.
+SfrCurveOptions preciseOptions(const SFRParam& param) {
     SfrCurveOptions precise;
     precise.method = SfrMethod::kPrecise;
     precise.frequencies = {0.125, 0.25};
     if (param.freqDivisor > 0.0f) {
         precise.frequencies.push_back(0.5 / static_cast<double>(param.freqDivisor));
     }
-    if (options.precise) {
-        const cv::Mat region = grey(cut).clone();
-        SfrCurve curve;
-        const int status = measureSfrCurve(region.data, region.cols, region.rows,
-                                           PixelFormat::Grey8, precise, curve);
-        slot.precise =
-            status == 0 ? api::curveFigures(curve.channels.at(0), "grey") : CurveFigures{};
-        slot.precise.channel = "grey";
-        slot.precise.status = status;
-    }
-    if (options.rawPlanes) {
-        slot.planes =
-            api::rawPlaneFigures(raw, PixelFormat::Bayer16, PixelFormat::PhaseRG, cut, precise);
-    }
+    return precise;
 }
 
 // Every located centre proposes the design's shift that puts its own slot where it was found;
@@ -166,8 +153,11 @@ MemberFrameReport reportOnCentres(const MemberInfo& member, const SFRParam& used
     out.layoutStatus[1] = layoutStatus[1];
     const int n = static_cast<int>(centres.size());
     api::QualityRequest quality{&frame, static_cast<double>(out.whiteLevel)};
+    // The grey region's precise curve comes with the member's pass, from the line it fitted.
+    const SfrCurveOptions precise = preciseOptions(used);
     const std::vector<api::SlotPass> passes =
-        api::measureSlots(grey, centres, member, used.roiSize, used.freqDivisor, &quality);
+        api::measureSlots(grey, centres, member, used.roiSize, used.freqDivisor, &quality,
+                          options.precise ? &precise : nullptr);
     const bool located = out.layoutStatus[0] == 0 && out.layoutStatus[1] == 0;
     out.memberStatus = located ? api::memberStatusOf(passes) : -2;
 
@@ -197,15 +187,27 @@ MemberFrameReport reportOnCentres(const MemberInfo& member, const SFRParam& used
     }
     out.clippedShare =
         zone > 0 ? static_cast<double>(clipped) / static_cast<double>(zone) : SlotReport::kNaN;
-    if (options.precise || options.rawPlanes) {
+    for (int i = 0; options.precise && i < n; ++i) {
+        SlotReport& s = out.slots[static_cast<std::size_t>(i)];
+        const api::SlotPass& pass = passes[static_cast<std::size_t>(i)];
+        if (s.state == SlotState::kMeasured) {
+            s.precise = pass.preciseStatus == 0
+                            ? api::curveFigures(pass.precise.channels.at(0), "grey")
+                            : CurveFigures{};
+            s.precise.channel = "grey";
+            s.precise.status = pass.preciseStatus;
+        }
+    }
+    if (options.rawPlanes) {
         const int count = static_cast<int>(out.slots.size());
 #pragma omp parallel for schedule(dynamic)
         for (int i = 0; i < count; ++i) {
             SlotReport& s = out.slots[static_cast<std::size_t>(i)];
             if (s.state == SlotState::kMeasured) {
                 const int half = s.side / 2;
-                addPreciseFigures(grey, frame, cv::Rect(s.x - half, s.y - half, s.side, s.side),
-                                  used, options, s);
+                s.planes =
+                    api::rawPlaneFigures(frame, PixelFormat::Bayer16, PixelFormat::PhaseRG,
+                                         cv::Rect(s.x - half, s.y - half, s.side, s.side), precise);
             }
         }
     }

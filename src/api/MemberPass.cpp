@@ -7,6 +7,7 @@
 #include "api/GreyReduction.h"
 #include "locate/IntConversion.h"
 #include "sfr/RegionMeasurement.h"
+#include "sfr/SfrCurveMeasurement.h"
 #include "sfr/SfrStatus.h"
 
 namespace talonvireo {
@@ -15,7 +16,7 @@ namespace api {
 namespace {
 
 void measureSlot(const cv::Mat& grey, int side, float freqDivisor, const QualityRequest* quality,
-                 SlotPass& slot) {
+                 const SfrCurveOptions* precise, SlotPass& slot) {
     const std::int64_t left = static_cast<std::int64_t>(slot.entry.x) - side / 2;
     const std::int64_t top = static_cast<std::int64_t>(slot.entry.y) - side / 2;
     // Only the top-left corner and the side are tested first, as the members always have;
@@ -46,6 +47,9 @@ void measureSlot(const cv::Mat& grey, int side, float freqDivisor, const Quality
     slot.entry.sfrHalfNyquist = static_cast<float>(slot.sfr.sfrHalfNyquist[0]);
     slot.entry.sfrQuarterNyquist = static_cast<float>(slot.sfr.sfrQuarterNyquist[0]);
     slot.entry.sfrCustom = static_cast<float>(slot.sfr.sfrCustom[0]);
+    if (precise != nullptr) {
+        slot.preciseStatus = sfr::preciseCurveFromClassic(ctx, *precise, slot.precise);
+    }
     if (quality != nullptr) {
         slot.quality = sfr::edgeQuality(ctx, region);
         if (quality->raw != nullptr) {
@@ -58,7 +62,7 @@ void measureSlot(const cv::Mat& grey, int side, float freqDivisor, const Quality
 
 std::vector<SlotPass> measureSlots(const cv::Mat& grey, const std::vector<EdgeCentre>& centres,
                                    const MemberInfo& member, int roiSize, float freqDivisor,
-                                   const QualityRequest* quality) {
+                                   const QualityRequest* quality, const SfrCurveOptions* precise) {
     const int n = static_cast<int>(centres.size());
     std::vector<SlotPass> slots(centres.size());
     for (int i = 0; i < n; ++i) {
@@ -70,7 +74,8 @@ std::vector<SlotPass> measureSlots(const cv::Mat& grey, const std::vector<EdgeCe
 #pragma omp parallel for schedule(dynamic, 2)
     for (int i = 0; i < n; ++i) {
         try {
-            measureSlot(grey, member.regionSide(i, roiSize), freqDivisor, quality, slots[i]);
+            measureSlot(grey, member.regionSide(i, roiSize), freqDivisor, quality, precise,
+                        slots[i]);
         } catch (...) {
 #pragma omp atomic write
             failed = true;

@@ -11,6 +11,7 @@
 #include "talonvireo/MeasurementRecords.h"
 #include "talonvireo/MemberTable.h"
 #include "talonvireo/RegionSfr.h"
+#include "talonvireo/SfrCurve.h"
 
 namespace talonvireo {
 namespace api {
@@ -32,6 +33,10 @@ struct SlotPass {
     sfr::EdgeQuality quality;
     long transitionSamples = 0;
     long clippedSamples = 0;
+    // With precise options: the precise curve of the measured region, started from the line
+    // the member's own pass fitted (what measureSfrCurve gives for the region), and its status.
+    SfrCurve precise;
+    int preciseStatus = 0;
 };
 
 // Beyond the record: the quality figures need the raw words under each region.
@@ -41,10 +46,12 @@ struct QualityRequest {
 };
 
 // Cuts a region of the member's side round every centre (truncated toward zero, NaN read as
-// 0) from `grey` and measures it, in parallel; `quality` null skips the quality figures.
+// 0) from `grey` and measures it, in parallel; `quality` null skips the quality figures,
+// `precise` null the precise curve.
 std::vector<SlotPass> measureSlots(const cv::Mat& grey, const std::vector<EdgeCentre>& centres,
                                    const MemberInfo& member, int roiSize, float freqDivisor,
-                                   const QualityRequest* quality);
+                                   const QualityRequest* quality,
+                                   const SfrCurveOptions* precise = nullptr);
 
 // The member's status from its slots: the first failing slot in slot order decides, as a
 // one-by-one walk would.

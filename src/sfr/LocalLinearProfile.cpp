@@ -16,17 +16,55 @@ constexpr double kKernelReach = 4.5;
 constexpr double kMinWeight = 2.0;
 constexpr double kMinSpread = 1.0e-4;
 
-// Weighted sums of one output point's regression.
+// Weighted sums of every output point's regression, one array per sum so that the spread of
+// a bin over its run of outputs is a plain loop.
 struct Sums {
-    double s0 = 0.0, s1 = 0.0, s2 = 0.0, t0 = 0.0, t1 = 0.0;
+    std::vector<double> s0, s1, s2, t0, t1;
 };
+
+// std::lround for |x| < 2^52 without the library call: x less its truncation is exact there.
+long roundHalfAway(double x) {
+    long r = static_cast<long>(x);
+    const double frac = x - static_cast<double>(r);
+    if (frac >= 0.5) {
+        ++r;
+    } else if (frac <= -0.5) {
+        --r;
+    }
+    return r;
+}
+
+// One bin's moments.
+struct BinMoments {
+    double n, se, se2, sv, sev, centre;
+};
+
+// Adds one bin's terms, weighted by w[j], to `size` outputs at positions at[j]. The arrays
+// do not overlap, which lets the loop run several outputs at once (each output's sums still
+// take the same terms in the same order).
+void addBin(const BinMoments& b, const double* __restrict w, const double* __restrict at, long size,
+            double* __restrict s0, double* __restrict s1, double* __restrict s2,
+            double* __restrict t0, double* __restrict t1) {
+    const double n = b.n, se = b.se, se2 = b.se2, sv = b.sv, sev = b.sev, centre = b.centre;
+    for (long j = 0; j < size; ++j) {
+        // Bin centre minus output point.
+        const double delta = centre - at[j];
+        s0[j] += w[j] * n;
+        s1[j] += w[j] * (se + n * delta);
+        s2[j] += w[j] * (se2 + 2.0 * delta * se + n * delta * delta);
+        t0[j] += w[j] * sv;
+        t1[j] += w[j] * (sev + delta * sv);
+    }
+}
 
 // Spreads every occupied bin over the output points within the kernel's reach. A bin's
 // weight is the kernel at the mean position of its samples, not at its centre: when the
 // phases bunch, all samples of a bin sit at one place and the weight is then exact.
-std::vector<Sums> scatterBins(const SampleBins& bins, double sigma, int binsPerStep, int first,
-                              size_t count) {
-    std::vector<Sums> sums(count);
+Sums scatterBins(const SampleBins& bins, double sigma, int binsPerStep, int first, size_t count) {
+    Sums sums;
+    for (auto* v : {&sums.s0, &sums.s1, &sums.s2, &sums.t0, &sums.t1}) {
+        v->assign(count, 0.0);
+    }
     const double step = bins.width * binsPerStep;
     const int reach = static_cast<int>(std::ceil(kKernelReach * sigma / step));
     const double inv2 = 1.0 / (sigma * sigma);
@@ -36,42 +74,75 @@ std::vector<Sums> scatterBins(const SampleBins& bins, double sigma, int binsPerS
     for (int t = 0; t <= reach; ++t) {
         far[static_cast<size_t>(t)] = std::exp(-0.5 * t * t * step * step * inv2);
     }
-    for (int k = 0; k < bins.size(); ++k) {
-        const double n = bins.count[k];
-        if (n == 0.0) {
-            continue;
-        }
-        const double se = bins.sumOffset[k];
-        const double sv = bins.sumLevel[k];
-        const double mean = bins.position(k) + se / n;
-        const int nearest = static_cast<int>(std::lround(mean / step));
-        const double u = mean - nearest * step;  // |u| <= step / 2
-        // weight(t) = exp(-(u - t step)^2 / 2 sigma^2) = base * grow^t * far[|t|]
-        const double base = std::exp(-0.5 * u * u * inv2);
-        const double grow = std::exp(u * step * inv2);
-        const double shrink = 1.0 / grow;
-        double up = base, down = base;
-        for (int t = 0; t <= reach; ++t) {
-            for (int sideSign : {1, -1}) {
-                if (t == 0 && sideSign < 0) {
-                    continue;
-                }
-                const long j = static_cast<long>(nearest) + sideSign * t - first;
-                if (j < 0 || j >= static_cast<long>(count)) {
-                    continue;
-                }
-                const double w = (sideSign > 0 ? up : down) * far[static_cast<size_t>(t)];
-                // Bin centre minus output point.
-                const double delta = bins.position(k) - static_cast<double>(j + first) * step;
-                Sums& o = sums[static_cast<size_t>(j)];
-                o.s0 += w * n;
-                o.s1 += w * (se + n * delta);
-                o.s2 += w * (bins.sumOffset2[k] + 2.0 * delta * se + n * delta * delta);
-                o.t0 += w * sv;
-                o.t1 += w * (bins.sumOffsetLevel[k] + delta * sv);
+    // Bins are taken a few at a time: each one's weights come from two chains of
+    // multiplications, and the chains of different bins can then run side by side. Every
+    // bin's weights, and the order in which bins reach the sums, stay as one at a time.
+    constexpr int kBatch = 4;
+    const size_t span = static_cast<size_t>(2 * reach + 1);
+    // Bin l of a batch: its weights at outputs nearest - reach .. nearest + reach.
+    std::vector<double> weight(kBatch * span);
+    // Output positions, made once rather than once per bin.
+    std::vector<double> output(count);
+    for (size_t j = 0; j < count; ++j) {
+        output[j] = static_cast<double>(static_cast<long>(j) + first) * step;
+    }
+    const double* at = output.data();
+    double* s0 = sums.s0.data();
+    double* s1 = sums.s1.data();
+    double* s2 = sums.s2.data();
+    double* t0 = sums.t0.data();
+    double* t1 = sums.t1.data();
+    int k = 0;
+    while (k < bins.size()) {
+        BinMoments b[kBatch] = {};
+        int nearest[kBatch] = {};
+        double up[kBatch], down[kBatch], grow[kBatch], shrink[kBatch];
+        int m = 0;
+        for (; k < bins.size() && m < kBatch; ++k) {
+            const double n = bins.count[k];
+            if (n == 0.0) {
+                continue;
             }
-            up *= grow;
-            down *= shrink;
+            b[m] = BinMoments{n,
+                              bins.sumOffset[k],
+                              bins.sumOffset2[k],
+                              bins.sumLevel[k],
+                              bins.sumOffsetLevel[k],
+                              bins.position(k)};
+            const double mean = b[m].centre + b[m].se / n;
+            nearest[m] = static_cast<int>(roundHalfAway(mean / step));
+            const double u = mean - nearest[m] * step;  // |u| <= step / 2
+            // weight(t) = exp(-(u - t step)^2 / 2 sigma^2) = base * grow^t * far[|t|]
+            const double base = std::exp(-0.5 * u * u * inv2);
+            grow[m] = std::exp(u * step * inv2);
+            shrink[m] = 1.0 / grow[m];
+            up[m] = base;
+            down[m] = base;
+            ++m;
+        }
+        for (int l = m; l < kBatch; ++l) {  // idle lanes
+            up[l] = down[l] = grow[l] = shrink[l] = 1.0;
+        }
+        for (int t = 0; t <= reach; ++t) {
+            const double f = far[static_cast<size_t>(t)];
+            for (int l = 0; l < kBatch; ++l) {
+                double* w = weight.data() + static_cast<size_t>(l) * span;
+                w[reach + t] = up[l] * f;
+                w[reach - t] = down[l] * f;
+                up[l] *= grow[l];
+                down[l] *= shrink[l];
+            }
+        }
+        for (int l = 0; l < m; ++l) {
+            // Each output gets one term per bin, so the bins' order alone fixes every sum's.
+            const long offset = static_cast<long>(nearest[l]) - first;  // output of w[reach]
+            const long lo = std::max(0L, offset - reach);
+            const long hi = std::min(static_cast<long>(count) - 1, offset + reach);
+            if (lo <= hi) {
+                const double* w = weight.data() + static_cast<size_t>(l) * span;
+                addBin(b[l], w + (reach - offset + lo), at + lo, hi - lo + 1, s0 + lo, s1 + lo,
+                       s2 + lo, t0 + lo, t1 + lo);
+            }
         }
     }
     return sums;
@@ -106,28 +177,28 @@ LocalLinearProfile localLinearProfile(const SampleBins& bins, double sigma, int 
     p.level.assign(n, 0.0);
     p.slope.assign(n, 0.0);
     p.weight.assign(n, 0.0);
-    std::vector<bool> valid(n, false);
-    const std::vector<Sums> sums = scatterBins(bins, sigma, binsPerStep, firstStep, n);
+    std::vector<char> valid(n, 0);
+    const Sums sums = scatterBins(bins, sigma, binsPerStep, firstStep, n);
     const double spreadFloor = kMinSpread * sigma * sigma;
     for (size_t k = 0; k < n; ++k) {
-        const Sums& o = sums[k];
-        p.weight[k] = o.s0;
-        if (!(o.s0 >= kMinWeight)) {
+        const double s0 = sums.s0[k];
+        p.weight[k] = s0;
+        if (!(s0 >= kMinWeight)) {
             continue;
         }
-        const double meanD = o.s1 / o.s0;
-        const double meanV = o.t0 / o.s0;
-        const double spread = o.s2 / o.s0 - meanD * meanD;
+        const double meanD = sums.s1[k] / s0;
+        const double meanV = sums.t0[k] / s0;
+        const double spread = sums.s2[k] / s0 - meanD * meanD;
         if (!(spread > spreadFloor)) {
             p.weight[k] = 0.0;
             continue;
         }
-        p.slope[k] = (o.t1 / o.s0 - meanD * meanV) / spread;
+        p.slope[k] = (sums.t1[k] / s0 - meanD * meanV) / spread;
         p.level[k] = meanV - p.slope[k] * meanD;
-        valid[k] = true;
+        valid[k] = 1;
     }
     // Unfit points at the ends hold the nearest fitted level with no slope.
-    const auto firstValid = std::find(valid.begin(), valid.end(), true);
+    const auto firstValid = std::find(valid.begin(), valid.end(), 1);
     if (firstValid == valid.end()) {
         return p;
     }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 #include "sfr/EdgeLineRefinement.h"
 #include "sfr/KernelWidth.h"
@@ -77,13 +78,14 @@ double farthestSample(const EdgeSamples& s, const EdgeFrame& frame) {
 // over the whole region when one side has nothing that near.
 double riseSign(const EdgeSamples& s, const EdgeLine& line) {
     const EdgeFrame frame{line, 1.0};
+    const double scale = frame.scale();  // frame.distance's, made once
     for (double reach : {8.0, 1.0e6}) {
         double left = 0.0, right = 0.0, nLeft = 0.0, nRight = 0.0;
         for (int i = 0; i < s.rows(); ++i) {
             const float* level = s.values.ptr<float>(i);
             const ColumnSpan span = columnsWithin(s, frame, i, reach);
             for (int j = span.first; j < span.last; ++j) {
-                const double d = frame.distance(s.x(j), s.y(i));
+                const double d = (s.x(j) - line.intercept - line.slope * s.y(i)) * scale;
                 if (d < -1.0) {
                     left += level[j];
                     nLeft += 1.0;
@@ -184,8 +186,10 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
     }
     const EdgeFrame& frame = f.frame;
     const Construction& c = f.c;
-    const LocalLinearProfile profile = profileOf(samples, frame, f.range, c);
-    const LsfWindow window = lsfWindowFor(profile);
+    // Unrefined, the first look's profile is already the one along the final line.
+    const LocalLinearProfile profile =
+        refine ? profileOf(samples, frame, f.range, c) : std::move(f.profile);
+    const LsfWindow window = refine ? lsfWindowFor(profile) : f.window;
     // Every sample for the tails: they reach as far as the region does.
     const SampleBins all =
         binByDistance(samples, c.weights.rowWeight, frame,
@@ -238,12 +242,23 @@ PreciseCurve measurePrecise(const EdgeSamples& samples, const EdgeLine& initial,
         curve.frequency.push_back(k * kFrequencyStep);
     }
     limit = curve.frequency.back();
-    curve.mtf10 = spectrum.frequencyAtLevel(0.1, curve.frequency, curve.sfr);
-    curve.mtf30 = spectrum.frequencyAtLevel(0.3, curve.frequency, curve.sfr);
-    curve.mtf50 = spectrum.frequencyAtLevel(0.5, curve.frequency, curve.sfr);
+    const std::vector<double> mtf =
+        spectrum.frequenciesAtLevels({0.1, 0.3, 0.5}, curve.frequency, curve.sfr);
+    curve.mtf10 = mtf[0];
+    curve.mtf30 = mtf[1];
+    curve.mtf50 = mtf[2];
+    std::vector<double> within;  // the asked frequencies the curve reaches, read together
+    for (double f : frequencies) {
+        if (f >= 0.0 && f <= limit + 1e-12) {
+            within.push_back(f);
+        }
+    }
+    std::vector<double> reading(within.size());
+    spectrum.atEach(within.data(), static_cast<int>(within.size()), reading.data());
+    size_t next = 0;
     for (double f : frequencies) {
         curve.sfrAt.push_back(f >= 0.0 && f <= limit + 1e-12
-                                  ? spectrum.at(f)
+                                  ? reading[next++]
                                   : std::numeric_limits<double>::quiet_NaN());
     }
     return curve;

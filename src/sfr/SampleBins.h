@@ -40,6 +40,8 @@ struct ColumnSpan {
     int last = 0;
 };
 ColumnSpan columnsWithin(const EdgeSamples& samples, const EdgeFrame& frame, int i, double range);
+// The same from a row's distance at column 0 and its step per column, out of `cols` columns.
+ColumnSpan columnsWithin(double start, double step, int cols, double range);
 
 }  // namespace sfr
 }  // namespace talonvireo

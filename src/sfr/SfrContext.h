@@ -49,6 +49,9 @@ struct SfrContext {
     double edgeAngle = 0.0;                // degrees
     std::vector<ChannelProfile> profiles;  // index = channel, filled as tables are written
     int status = 0;
+    // false when only the edge lines and refusals are wanted (the precise method starts from
+    // them): the spectrum then stops at its DC term and the tables stay zero past row 0.
+    bool sfrWanted = true;
 };
 
 // Builds a context holding a deep copy of `region`. Throws std::invalid_argument for samples

@@ -15,6 +15,7 @@
 #include "sfr/RegionPreparation.h"
 #include "sfr/SfrContext.h"
 #include "sfr/SfrCore.h"
+#include "sfr/SfrCurveMeasurement.h"
 #include "sfr/SfrStatus.h"
 #include "talonvireo/PixelFormat.h"
 
@@ -124,6 +125,26 @@ int rawPlaneChannels(const cv::Mat& mosaic, int phase, const SfrContext& ctx,
 
 }  // namespace
 
+namespace sfr {
+
+int preciseCurveFromClassic(const SfrContext& ctx, const SfrCurveOptions& options,
+                            SfrCurve& curve) {
+    try {
+        SfrCurve out;
+        out.method = SfrMethod::kPrecise;
+        out.normalFrequencyAxis = true;
+        out.channels = preciseChannels(ctx, options);
+        curve = std::move(out);
+        return kSfrOk;
+    } catch (const NoSpectrum&) {
+        return kSfrLowContrast;
+    } catch (...) {
+        return kSfrFailed;
+    }
+}
+
+}  // namespace sfr
+
 int measureSfrCurve(const unsigned char* image, int width, int height, int format,
                     const SfrCurveOptions& options, SfrCurve& curve) {
     try {
@@ -142,12 +163,16 @@ int measureSfrCurve(const unsigned char* image, int width, int height, int forma
             return kSfrFailed;
         }
         SfrContext ctx = makeSfrContext(region);
+        ctx.sfrWanted = !precise;
         const int status = runSfrCore(ctx);
         if (status != kSfrOk) {
             return status;
         }
         // The classic pass is done; its working image makes room for the precise one's.
         ctx.working.release();
+        if (precise && !options.perChannelRaw) {
+            return preciseCurveFromClassic(ctx, options, curve);
+        }
         SfrCurve out;
         out.method = options.method;
         out.normalFrequencyAxis = options.normalFrequencyAxis || precise;
@@ -160,8 +185,6 @@ int measureSfrCurve(const unsigned char* image, int width, int height, int forma
             if (planes != kSfrOk) {
                 return planes;
             }
-        } else if (precise) {
-            out.channels = preciseChannels(ctx, options);
         } else {
             for (int c = 0; c < ctx.region.channels(); ++c) {
                 out.channels.push_back(channelCurve(ctx, c, options));

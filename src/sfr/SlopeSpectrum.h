@@ -36,10 +36,21 @@ public:
     double frequencyAtLevel(double level, const std::vector<double>& frequency,
                             const std::vector<double>& sfr) const;
 
+    // frequencyAtLevel for each of `levels`, the same figures: the bisections run side by
+    // side, reading their midpoints in one pass over the samples.
+    std::vector<double> frequenciesAtLevels(const std::vector<double>& levels,
+                                            const std::vector<double>& frequency,
+                                            const std::vector<double>& sfr) const;
+
+    // at(f[i]) into out[i] for i < n, up to four frequencies per pass over the samples.
+    void atEach(const double* f, int n, double* out) const;
+
 private:
     static constexpr int kLanes = 4;  // independent phasor recurrences keep the multipliers busy
     // The slope samples' transform at f[0 .. n), n <= kLanes, in one pass over them.
     void coreTransforms(const double* f, int n, std::complex<double>* out) const;
+    // The tails' share of the transform at f, added to `sum`.
+    void addTails(double f, std::complex<double>& sum) const;
     // Samples and tails at f.
     std::complex<double> transform(double f) const;
 
