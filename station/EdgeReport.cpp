@@ -79,6 +79,10 @@ std::string partialSummary(const FrameReport& report) {
 }
 }  // namespace
 
+cv::Point2d EdgeRow::place() const {
+    return chart ? cv::Point2d(chart->x, chart->y) : cv::Point2d(centre.x, centre.y);
+}
+
 double EdgeRow::centreError() const {
     return std::hypot(measured.x - truth.centre.x, measured.y - truth.centre.y);
 }

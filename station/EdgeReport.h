@@ -55,6 +55,8 @@ struct EdgeRow : SlotReport {
 
     // Distance (px) from the measured centre to the true one.
     double centreError() const;
+    // Where the edge is: a chart edge's centre at full precision, else the located centre.
+    cv::Point2d place() const;
     // A chart's edge (measured with --chart): its name, what became of it, its found
     // geometry and the region fitted to it; the centre is `centre` at full precision.
     struct ChartEdge {

@@ -82,8 +82,8 @@ Json focusFrameJson(const FrameReport& report, double frequency, long frame, boo
     std::vector<double> tangential(zones.size(), 0.0), sagittal(zones.size(), 0.0);
     Json edges = Json::array();
     for (const EdgeRow& row : report.rows) {
-        const double x = row.chart ? row.chart->x : row.centre.x;
-        const double y = row.chart ? row.chart->y : row.centre.y;
+        const cv::Point2d place = row.place();
+        const double x = place.x, y = place.y;
         const bool measured = row.state == EdgeState::kMeasured;
         const double sfr = measured ? focusSfr(row, frequency) : std::nan("");
         const std::string zone =

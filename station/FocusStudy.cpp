@@ -142,10 +142,9 @@ FocusStudy studyFocus(FrameStream& stream, std::vector<FocusFrame> frames, doubl
                 if (row.chart) {
                     e.name = row.chart->name;
                 }
-                const double x = row.chart ? row.chart->x : row.centre.x;
-                const double y = row.chart ? row.chart->y : row.centre.y;
-                e.x += x;
-                e.y += y;
+                const cv::Point2d place = row.place();
+                e.x += place.x;
+                e.y += place.y;
                 ++seen[row.index];
                 if (e.orientation.empty() || e.orientation == "none") {
                     e.orientation = row.field.orientation;

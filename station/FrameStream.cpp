@@ -48,7 +48,6 @@ GradedFrame FrameStream::gradeMemberWords(const cv::Mat& words, int whiteLevel,
                                           const std::string& input,
                                           std::vector<std::string> warnings) {
     const Member& member = *measurand_.member;
-    validateParam(member, words.cols, options_.param);
     if (!tracker_ || whiteLevel != trackerWhiteLevel_) {
         MemberFrameOptions what;
         what.precise = options_.precise;

@@ -363,16 +363,20 @@ int renderDescriptionFrame(const OptionValues& o) {
                   s.bayer ? " Bayer RG" : "", s.sigmaCentre, s.sigmaCorner, s.placement.k1);
     const std::string look = chart.name + frameText;
 
-    if (stack.empty()) {
+    // Renders `s` into NAME.raw (and NAME.dng), adding its time to `seconds`.
+    double seconds = 0.0;
+    auto renderTo = [&](const std::string& name) {
         const auto start = std::chrono::steady_clock::now();
         const cv::Mat frame = render::renderDescription(chart, s);
-        const double seconds =
-            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        writeRawFrame(prefix + ".raw", frame, layout);
+        seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        writeRawFrame(name + ".raw", frame, layout);
         if (dng) {
-            writeDng(prefix + ".dng", frame, s.bits);
+            writeDng(name + ".dng", frame, s.bits);
         }
-        writeImage(prefix + ".png", viewOf(frame));
+        return frame;
+    };
+    if (stack.empty()) {
+        writeImage(prefix + ".png", viewOf(renderTo(prefix)));
         writeTruth(prefix + ".json", chart, s, {});
         if (s.focus.on) {
             std::printf("%s, focus at %g um: rendered in %.2f s\n", look.c_str(), s.focus.lensZ,
@@ -392,17 +396,10 @@ int renderDescriptionFrame(const OptionValues& o) {
     const std::string listedPrefix = std::filesystem::path(prefix).filename().string();
     OutputFile list(prefix + ".csv");
     std::fprintf(list.get(), "file,z\n");
-    double seconds = 0.0;
     for (int i = 0; i < static_cast<int>(stack.size()); ++i) {
         s.focus.lensZ = stack[i];
         s.seed = seed + static_cast<std::uint32_t>(i);
-        const auto start = std::chrono::steady_clock::now();
-        const cv::Mat frame = render::renderDescription(chart, s);
-        seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        writeRawFrame(framePrefix(i) + ".raw", frame, layout);
-        if (dng) {
-            writeDng(framePrefix(i) + ".dng", frame, s.bits);
-        }
+        const cv::Mat frame = renderTo(framePrefix(i));
         if (i == nearestFocus) {
             writeImage(prefix + ".png", viewOf(frame));
         }
