@@ -31,15 +31,6 @@ constexpr double kWindowShare = 0.16;
 constexpr double kLeastScaleSpan = 2.0;   // um: the map's colour scale spans at least this
 constexpr double kLeastShownRise = 0.25;  // um: the least tilt across the sensor shown
 
-// The 1, 2 or 5 times a power of ten at which `span` takes at most `most` steps.
-double niceStep(double span, int most) {
-    double step = 1e-3;
-    for (int i = 0; span / step > most; ++i) {
-        step *= i % 3 == 1 ? 2.5 : 2.0;
-    }
-    return step;
-}
-
 const char* stepFormat(double step) {
     return step >= 1.0 ? "%.0f" : step >= 0.1 ? "%.1f" : "%.2f";
 }
@@ -178,7 +169,7 @@ AxisRange zAxis(const FocusStudy& study) {
         lo = (std::isfinite(lo) ? lo : 0.0) - 1.0;
         hi = lo + 2.0;
     }
-    const double step = niceStep(hi - lo, 8);
+    const double step = roundStep(hi - lo, 8);
     return {std::floor(lo / step + 1e-9) * step, std::ceil(hi / step - 1e-9) * step, step,
             stepFormat(step)};
 }
@@ -381,7 +372,7 @@ cv::Point2d halfExtents(const FocusStudy& study) {
     if (!(maxX > 0.0 || maxY > 0.0)) {
         return {1.0, 1.0};
     }
-    const double step = niceStep(std::max(maxX, maxY), 4);
+    const double step = roundStep(std::max(maxX, maxY), 4);
     return {std::max(step, std::ceil(maxX / step) * step),
             std::max(step, std::ceil(maxY / step) * step)};
 }
@@ -430,7 +421,7 @@ struct MapGeometry {
 
 MapGeometry mapGeometry(const FocusStudy& study) {
     const cv::Point2d half = halfExtents(study);
-    const double step = niceStep(2.0 * std::max(half.x, half.y), 12);
+    const double step = roundStep(2.0 * std::max(half.x, half.y), 12);
     const double rx = std::ceil(half.x / step - 1e-9) * step;
     const double ry = std::ceil(half.y / step - 1e-9) * step;
     // Whole pixels per mm, the same both ways: the sensor keeps its shape.
@@ -500,7 +491,7 @@ ColourScale mapScale(const FocusStudy& study, const cv::Mat& surface, double& st
         lo = middle - 0.5 * kLeastScaleSpan;
         hi = middle + 0.5 * kLeastScaleSpan;
     }
-    step = niceStep(std::max(hi - lo, 1e-3), 8);
+    step = roundStep(std::max(hi - lo, 1e-3), 8);
     lo = std::floor(lo / step + 1e-9) * step;
     hi = std::max(std::ceil(hi / step - 1e-9) * step, lo + step);
     return ColourScale(lo, hi);

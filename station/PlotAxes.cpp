@@ -42,6 +42,17 @@ cv::Mat PlotAxes::canvas(const std::string& xTitle) const {
     return img;
 }
 
+double roundStep(double span, int most) {
+    const double raw = std::max(span, 1e-9) / most;
+    const double power = std::pow(10.0, std::floor(std::log10(raw)));
+    for (const double m : {1.0, 2.0, 5.0}) {
+        if (m * power >= raw) {
+            return m * power;
+        }
+    }
+    return 10.0 * power;
+}
+
 void plotLabel(cv::Mat& img, const std::string& text, cv::Point at, const cv::Scalar& colour) {
     cv::putText(img, text, at, cv::FONT_HERSHEY_SIMPLEX, 0.45, colour, 1, cv::LINE_AA);
 }

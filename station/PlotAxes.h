@@ -34,6 +34,10 @@ private:
     int left_, right_, top_, bottom_;
 };
 
+// The round step (1, 2 or 5 times a power of ten) that divides `span` into at most `most`
+// steps: the tick of every axis the station draws.
+double roundStep(double span, int most);
+
 // Small anti-aliased text.
 void plotLabel(cv::Mat& img, const std::string& text, cv::Point at, const cv::Scalar& colour);
 

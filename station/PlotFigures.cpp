@@ -10,18 +10,6 @@ namespace talonvireo {
 namespace station {
 
 namespace {
-// A round step (1, 2 or 5 times a power of ten) that cuts `span` into about five.
-double roundTick(double span) {
-    const double raw = std::max(span, 1e-9) / 5.0;
-    const double power = std::pow(10.0, std::floor(std::log10(raw)));
-    for (const double m : {1.0, 2.0, 5.0}) {
-        if (m * power >= raw) {
-            return m * power;
-        }
-    }
-    return 10.0 * power;
-}
-
 bool sets(const FigureLimits& f, PlotFigure figure) {
     switch (figure) {
         case PlotFigure::kQuarterNyquist:
@@ -122,7 +110,7 @@ AxisRange FigureAxis::range(double highest) const {
     }
     const double floorTop = linePairsPerMm(0.1, pitchUm);
     const double top = std::max(highest, floorTop);
-    const double tick = roundTick(top);
+    const double tick = roundStep(top, 5);
     return {0.0, std::ceil(top / tick - 1e-9) * tick, tick, "%.0f"};
 }
 
