@@ -6,6 +6,20 @@
 namespace talonvireo {
 namespace render {
 
+namespace {
+
+// cos^2 of the angle between the normal (nx, ny) and the radial direction: the share of the
+// tangential blur across it. A half share at the centre, which has no radial direction.
+double radialShare(const FieldFocus& f, double nx, double ny) {
+    if (f.radialX == 0.0 && f.radialY == 0.0) {
+        return 0.5;
+    }
+    const double c = nx * f.radialX + ny * f.radialY;
+    return std::min(c * c / (nx * nx + ny * ny), 1.0);
+}
+
+}  // namespace
+
 FocusField FocusField::of(const FocusSettings& settings, int width, int height) {
     FocusField f;
     f.field = FrameField::of(width, height);
@@ -41,11 +55,7 @@ double FocusField::defocusVariance(double x, double y, double nx, double ny) con
     const FieldFocus f = at(x, y);
     const double g2 = settings.defocusGain * settings.defocusGain;
     const double t = settings.lensZ - f.tangentialZ, s = settings.lensZ - f.sagittalZ;
-    if (f.radialX == 0.0 && f.radialY == 0.0) {
-        return 0.5 * g2 * (t * t + s * s);
-    }
-    const double c = nx * f.radialX + ny * f.radialY;
-    const double c2 = std::min(c * c / (nx * nx + ny * ny), 1.0);
+    const double c2 = radialShare(f, nx, ny);
     return g2 * (c2 * t * t + (1.0 - c2) * s * s);
 }
 
@@ -58,11 +68,7 @@ double FocusField::meanDefocusVariance(double x, double y) const {
 
 double FocusField::bestFocusZ(double x, double y, double nx, double ny) const {
     const FieldFocus f = at(x, y);
-    if (f.radialX == 0.0 && f.radialY == 0.0) {
-        return 0.5 * (f.tangentialZ + f.sagittalZ);  // one and the same at the centre
-    }
-    const double c = nx * f.radialX + ny * f.radialY;
-    const double c2 = std::min(c * c / (nx * nx + ny * ny), 1.0);
+    const double c2 = radialShare(f, nx, ny);
     return c2 * f.tangentialZ + (1.0 - c2) * f.sagittalZ;
 }
 
